@@ -1,0 +1,5 @@
+#include <XYLCore/PlugIns/XYLPluginException.h>
+
+#include <new>
+
+XYL_IMPLEMENT_THROWABLE(XYLPluginException)
