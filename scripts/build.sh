@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# build.sh <build-dir> [cmake options...]: configures and builds XYLCore.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+dir=$1
+shift
+cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+cmake --build "$dir" -j"$(nproc)"

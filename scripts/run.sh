@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# The main job: install what is missing, build, and run the `xyl` tool's tour.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+bash "$root/scripts/install-deps.sh"
+bash "$root/scripts/build.sh" "$root/build/release" -DXYL_BUILD_TESTS=OFF -DXYL_BUILD_BENCHMARKS=OFF
+"$root/build/release/tools/xyl/xyl" demo
