@@ -140,7 +140,7 @@ const char *XYLThrowable::getErrorCodeString() {
   return text;
 }
 
-void XYLThrowable::addBackTrace(const XYLFileLocation &location, const char *text, const char *macroName) {
+void XYLThrowable::addBackTrace(const XYLFileLocation &location, const char *text, const char *macroName) noexcept {
   const char *file = location.getFile() ? location.getFile() : "<NULL FILE>";
   const char *name = getThrowableName();
   if (name == nullptr)
@@ -275,5 +275,6 @@ void XYLDeferredThrowable::check(const XYLFileLocation &location, const char *te
 // --- assertions ----------------------------------------------------------------
 
 void xyl_detail::raiseAssertion(const char *file, int line, const char *statement) {
-  XYLAssertError(0, statement).hurl(XYLFileLocation(file, line), nullptr, "XYL_THROW");
+  XYLFileLocation location(file, line);
+  raise([statement] { return XYLAssertError(0, statement); }, location, "XYL_THROW");
 }

@@ -30,6 +30,8 @@
 #include <XYLCore/ThreadPools/XYLList.h>
 #include <XYLCore/XYLExport.h>
 
+#include <type_traits>
+
 #ifndef XYL_SOURCE_FILE
 #define XYL_SOURCE_FILE __FILE__
 #endif
@@ -78,7 +80,7 @@ public:
   // null for a default-constructed throwable.
   const char *getErrorCodeString();
 
-  void addBackTrace(const XYLFileLocation &location, const char *text, const char *macroName);
+  void addBackTrace(const XYLFileLocation &location, const char *text, const char *macroName) noexcept;
   // Moves every back-trace line of `other` to the end of this one's.
   void transferBackTrace(XYLThrowable &other);
 
@@ -126,6 +128,27 @@ namespace xyl_detail {
 // The cold path of the assertion macros: builds XYLAssertError(0, statement)
 // and raises it as XYL_THROW does.
 [[noreturn]] XYL_API void raiseAssertion(const char *file, int line, const char *statement);
+
+// Builds the throwable that `make` returns, with its first trace line.
+template <class Make> auto traced(Make &make, const XYLFileLocation &location, const char *macroName) {
+  auto throwable = make();
+  throwable.addBackTrace(location, nullptr, macroName);
+  return throwable;
+}
+
+// XYL_THROW's body. A named object (reference) is raised through its virtual
+// hurl, which throws a copy by its most-derived type. A freshly built object
+// is constructed directly as the exception object instead: the result is the
+// same object with the same trace line, but the raising frame holds no
+// temporary whose destruction would stop the unwinder on its way out.
+template <class Make> [[noreturn]] void raise(Make make, const XYLFileLocation &location, const char *macroName) {
+  if constexpr (std::is_reference<decltype(make())>::value) {
+    make().hurl(location, nullptr, macroName);
+    __builtin_unreachable(); // hurl always throws
+  } else {
+    throw traced(make, location, macroName);
+  }
+}
 } // namespace xyl_detail
 
 /* Declares the members every concrete throwable class defines; the partner
@@ -147,7 +170,8 @@ public:                                                                         
 
 #define XYL_HERE ::XYLFileLocation(XYL_SOURCE_FILE, __LINE__)
 
-#define XYL_THROW(throwable) (throwable).hurl(XYL_HERE, nullptr, "XYL_THROW")
+#define XYL_THROW(throwable)                                                                                           \
+  ::xyl_detail::raise([&]() -> decltype(auto) { return (throwable); }, XYL_HERE, "XYL_THROW")
 
 #define XYL_RETHROW(caught) (caught).hurl(XYL_HERE, nullptr, "XYL_RETHROW")
 
