@@ -1,0 +1,77 @@
+// xyl: the command-line front end of libXYLCore.
+//
+//   xyl <command> [options] [arguments]
+//
+// Exit codes: 0 success, 1 bad data (undecodable input, unreadable file),
+// 2 bad usage.
+#include "xyl_commands.h"
+#include "xyl_io.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace xyltool {
+
+namespace {
+const Command kCommands[] = {
+    {"base64", "base64 [-d] [-u]", "encode standard input as Base64 (-d decode, -u URL-safe alphabet)", runBase64},
+    {"squish", "squish", "turn the text on standard input into a compact checksummed token", runSquish},
+    {"unsquish", "unsquish", "turn a token on standard input back into its text", runUnsquish},
+    {"crc32", "crc32 [FILE...]", "print the CRC-32 of each file (standard input when none)", runCrc32},
+    {"demo", "demo", "a short tour of the library", runDemo},
+};
+
+void listCommands(std::FILE *to) {
+  std::fputs("usage: xyl <command> [options] [arguments]\n\ncommands:\n", to);
+  for (const Command &c : kCommands)
+    std::fprintf(to, "  %-22s %s\n", c.synopsis, c.summary);
+  std::fputs("\n'xyl <command> --help' describes one command.\n"
+             "exit codes: 0 success, 1 bad data, 2 bad usage\n",
+             to);
+}
+} // namespace
+
+const Command *commands(int *count) {
+  *count = static_cast<int>(sizeof kCommands / sizeof kCommands[0]);
+  return kCommands;
+}
+
+const Command *findCommand(const char *name) {
+  for (const Command &c : kCommands)
+    if (std::strcmp(c.name, name) == 0)
+      return &c;
+  return nullptr;
+}
+
+int usage(const Command &command) {
+  std::fprintf(stderr, "usage: xyl %s\n  %s\n", command.synopsis, command.summary);
+  return kBadUsage;
+}
+
+} // namespace xyltool
+
+int main(int argc, char **argv) {
+  using namespace xyltool;
+  if (argc < 2) {
+    listCommands(stderr);
+    return kBadUsage;
+  }
+  if (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "help") == 0) {
+    listCommands(stdout);
+    return kSuccess;
+  }
+  const Command *command = findCommand(argv[1]);
+  if (command == nullptr) {
+    std::fprintf(stderr, "xyl: unknown command '%s'\n", argv[1]);
+    listCommands(stderr);
+    return kBadUsage;
+  }
+  std::string name = std::string("xyl ") + command->name;
+  argv[1] = &name[0];
+  if (wantsHelp(argc - 1, argv + 1)) {
+    std::printf("usage: xyl %s\n  %s\n", command->synopsis, command->summary);
+    return kSuccess;
+  }
+  return command->run(argc - 1, argv + 1);
+}

@@ -1,0 +1,31 @@
+// The commands of the `xyl` tool. Each takes its own argument vector
+// (argv[0] is "xyl <command>") and returns the process exit code.
+#ifndef XYL_TOOL_COMMANDS_H
+#define XYL_TOOL_COMMANDS_H
+
+namespace xyltool {
+
+enum ExitCode { kSuccess = 0, kBadData = 1, kBadUsage = 2 };
+
+struct Command {
+  const char *name;
+  const char *synopsis; // the usage line after "xyl "
+  const char *summary;  // one line for the command list
+  int (*run)(int argc, char **argv);
+};
+
+int runBase64(int argc, char **argv);
+int runSquish(int argc, char **argv);
+int runUnsquish(int argc, char **argv);
+int runCrc32(int argc, char **argv);
+int runDemo(int argc, char **argv);
+
+// Every command, in the order `xyl --help` lists them.
+const Command *commands(int *count);
+const Command *findCommand(const char *name);
+// Prints "usage: xyl <synopsis>" and the summary to standard error; returns kBadUsage.
+int usage(const Command &command);
+
+} // namespace xyltool
+
+#endif
