@@ -27,7 +27,11 @@ function(xyl_add_test name)
   if(NOT T_LABELS)
     set(T_LABELS unit)
   endif()
-  gtest_discover_tests(${name} PROPERTIES LABELS "${T_LABELS}" DISCOVERY_TIMEOUT 60)
+  # Discovered tests take one label: the given ones joined with "_" (a list
+  # does not survive the discovery script). ctest -L takes a regular
+  # expression, so "-L concurrency" still selects "unit_concurrency".
+  string(REPLACE ";" "_" joined_labels "${T_LABELS}")
+  gtest_discover_tests(${name} PROPERTIES LABELS "${joined_labels}" DISCOVERY_TIMEOUT 60 DISCOVERY_MODE PRE_TEST)
 endfunction()
 
 # xyl_add_benchmark(<name> SOURCES <files...> [LIBS <libs...>])

@@ -25,7 +25,8 @@ char *formatDecimal(char *end, long value) {
 
 // Appends `length` bytes of `text` at `cursor` and returns the new end.
 char *put(char *cursor, const char *text, std::size_t length) {
-  std::memcpy(cursor, text, length);
+  if (length != 0)
+    std::memcpy(cursor, text, length);
   return cursor + length;
 }
 
