@@ -59,11 +59,23 @@ void showCodecs() {
   std::printf("CRC-32 of \"123456789\": %08lx\n", crc);
 }
 
-void failingOperation(int depth) {
-  if (depth == 0)
+void checkSize(int size) {
+  if (size < 0)
     XYL_THROW(XYLIllegalArgumentError(22, "the demo asked for a negative size"));
+}
+
+// Two library levels, each passing the failure on with its own trace line.
+void reserveItems(int size) {
   try {
-    failingOperation(depth - 1);
+    checkSize(size);
+  } catch (XYLThrowable &e) {
+    XYL_RETHROW(e);
+  }
+}
+
+void failingOperation() {
+  try {
+    reserveItems(-1);
   } catch (XYLThrowable &e) {
     XYL_RETHROW(e);
   }
@@ -72,7 +84,7 @@ void failingOperation(int depth) {
 void showExceptions() {
   section("exceptions");
   try {
-    failingOperation(2);
+    failingOperation();
   } catch (XYLRuntimeError &e) {
     std::printf("caught %s, severity %s, code %s, %zu trace lines\n", e.getThrowableName(),
                 XYLThrowable::getSeverityName(e.getSeverity()), e.getErrorCodeString(), e.getBackTrace().size());

@@ -1,0 +1,1 @@
+xyl_add_fuzzer(dbtypes_fuzzer SOURCE ${CMAKE_CURRENT_SOURCE_DIR}/dbtypes_fuzzer.cpp CORPUS ${XYL_CORPUS}/dbtypes)
