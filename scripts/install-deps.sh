@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libapr1-dev libaprutil1-dev
   clang libclang-rt-14-dev clang-format
+  libdw-dev gdb
 )
 
 missing=()

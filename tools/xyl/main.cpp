@@ -19,6 +19,8 @@ const Command kCommands[] = {
     {"squish", "squish", "turn the text on standard input into a compact checksummed token", runSquish},
     {"unsquish", "unsquish", "turn a token on standard input back into its text", runUnsquish},
     {"crc32", "crc32 [FILE...]", "print the CRC-32 of each file (standard input when none)", runCrc32},
+    {"crash", "crash --mode 1|2|Y --kind segv|fpe|overflow [--dump-type T]",
+     "make a real fault under the fault handler's mode", runCrash},
     {"demo", "demo", "a short tour of the library", runDemo},
 };
 

@@ -19,6 +19,7 @@ int runSquish(int argc, char **argv);
 int runUnsquish(int argc, char **argv);
 int runCrc32(int argc, char **argv);
 int runDemo(int argc, char **argv);
+int runCrash(int argc, char **argv);
 
 // Every command, in the order `xyl --help` lists them.
 const Command *commands(int *count);

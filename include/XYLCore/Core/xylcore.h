@@ -1,6 +1,7 @@
 /*
- * xylcore.h - the library's plain C entry points: API version and
- * compatibility, the out-of-memory hook, batch mode, and byte order.
+ * xylcore.h - the library's plain C entry points: counted start and stop,
+ * API version and compatibility, the out-of-memory hook, batch mode, and
+ * byte order.
  *
  * All functions are exported under these plain names with C linkage.
  * Thread safety: the version, compatibility and byte-order functions are pure;
@@ -16,6 +17,27 @@ XYL_EXTERN_C_BEGIN
 
 /* The client's out-of-memory hook: no arguments, no result. */
 typedef void (*XYLNewHandler)(void);
+
+/* Counted start of the library. The first call (count 0 -> 1) brings up, in
+ * this order, the thread layer for "XYLThreads", the thread classes (the key
+ * mapping threads to XYLThread objects) and the custodian; later calls only
+ * count. The version string is accepted and ignored. Returns 0, or -3 when
+ * the thread classes or the custodian failed to start: start-up still goes
+ * on, and the failed call still counts (it must be matched by a terminate;
+ * initialising again does not retry). Nothing is thrown. Serialised with
+ * xylCoreTerminate by one process-wide lock; callable from any thread. */
+XYL_API int xylCoreInitialize(const char *version);
+
+/* Counted stop. Returns -2, doing nothing, when the count is already 0; 0
+ * while the count stays above 0; when it reaches 0 the custodian is stopped,
+ * then the thread layer and the thread classes, and the result is 0, or -3
+ * when the thread classes failed to stop. The library can be initialised
+ * again afterwards. Must not be called from a thread the custodian runs. */
+XYL_API int xylCoreTerminate(const char *version);
+
+/* xylCoreInitialize("XYL 1.0") and xylCoreTerminate("XYL 1.0"). */
+XYL_API int xylInitialize(void);
+XYL_API int xylTerminate(void);
 
 /* Stores 1 and 0 (major, minor) and returns 0. */
 XYL_API int xylCoreGetApiVersion(int *major, int *minor);

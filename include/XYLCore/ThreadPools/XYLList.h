@@ -156,6 +156,21 @@ public:
     m_iSize += other.m_iSize;
     other.m_iSize = 0;
   }
+  // Moves the first element of `other` to the end of this list in O(1),
+  // without allocating; does nothing when other is empty.
+  void splice_front_back(XYLList &other) {
+    if (&other == this || other.empty())
+      return;
+    XYLListNode<T> *node = other.m_sentinel.m_pNext;
+    node->m_pPrev->m_pNext = node->m_pNext;
+    node->m_pNext->m_pPrev = node->m_pPrev;
+    --other.m_iSize;
+    node->m_pNext = &m_sentinel;
+    node->m_pPrev = m_sentinel.m_pPrev;
+    m_sentinel.m_pPrev->m_pNext = node;
+    m_sentinel.m_pPrev = node;
+    ++m_iSize;
+  }
   void swap(XYLList &other) {
     XYLList tmp;
     tmp.splice_back(*this);

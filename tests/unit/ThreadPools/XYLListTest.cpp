@@ -91,4 +91,38 @@ TEST(XYLListTest, CopySpliceAndSwap) {
   EXPECT_TRUE(a.empty());
 }
 
+// Moving single nodes between lists keeps both lists whole: sizes, order
+// and links in both directions.
+TEST(XYLListTest, SpliceFrontBackMovesOneNode) {
+  struct Case {
+    std::vector<int> from, to, fromAfter, toAfter;
+  };
+  const Case cases[] = {
+      {{1, 2, 3}, {}, {2, 3}, {1}},
+      {{1}, {7, 8}, {}, {7, 8, 1}},
+      {{}, {7}, {}, {7}},
+      {{5, 6}, {9}, {6}, {9, 5}},
+  };
+  for (const Case &c : cases) {
+    XYLList<int> from, to;
+    for (int v : c.from)
+      from.push_back(v);
+    for (int v : c.to)
+      to.push_back(v);
+    to.splice_front_back(from);
+    EXPECT_EQ(c.fromAfter, contents(from));
+    EXPECT_EQ(c.toAfter, contents(to));
+    EXPECT_EQ(c.fromAfter.size(), from.size());
+    EXPECT_EQ(c.toAfter.size(), to.size());
+    std::vector<int> backwards;
+    for (XYLList<int>::iterator it = --to.end(); it != to.end(); --it)
+      backwards.push_back(*it);
+    EXPECT_EQ(std::vector<int>(c.toAfter.rbegin(), c.toAfter.rend()), backwards);
+  }
+  XYLList<int> self;
+  self.push_back(1);
+  self.splice_front_back(self);
+  EXPECT_EQ(std::vector<int>{1}, contents(self)) << "splicing a list into itself does nothing";
+}
+
 } // namespace

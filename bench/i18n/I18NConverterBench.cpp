@@ -1,0 +1,180 @@
+// Converter benchmarks, each beside its ICU peer: a pooled converter taken
+// and returned vs ucnv_open + ucnv_close of the same encoding; opening and
+// cloning windows-1252; UTF-8 to UTF-16 through a converter vs ICU's
+// u_strFromUTF8 and ucnv_toUChars.
+#include <XYLCore/i18n/cpp/i18n_converter.h>
+#include <XYLCore/i18n/cpp/i18n_init.h>
+
+#include <benchmark/benchmark.h>
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// The layer is initialised for the whole run (prototypes and pools exist).
+// One extra thread is started first: glibc skips atomics in single-threaded
+// processes, which would flatter the locks.
+struct Setup {
+  Setup() {
+    std::thread([] {}).join();
+    I18NInitialize();
+  }
+} gSetup;
+
+void BM_XylPooledTakeReturn_UTF8(benchmark::State &state) {
+  for (auto _ : state) {
+    I18NConverterUTF8 converter;
+    benchmark::DoNotOptimize(&converter.getConverter());
+  }
+}
+BENCHMARK(BM_XylPooledTakeReturn_UTF8);
+
+void BM_IcuOpenClose_UTF8(benchmark::State &state) {
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *converter = ucnv_open("UTF-8", &status);
+    benchmark::DoNotOptimize(converter);
+    ucnv_close(converter);
+  }
+}
+BENCHMARK(BM_IcuOpenClose_UTF8);
+
+void BM_XylPooledTakeReturn_PlatformDefault(benchmark::State &state) {
+  state.SetLabel(I18NGetPlatformDefaultEncoding());
+  for (auto _ : state) {
+    I18NConverterPlatformDefault converter;
+    benchmark::DoNotOptimize(&converter.getConverter());
+  }
+}
+BENCHMARK(BM_XylPooledTakeReturn_PlatformDefault);
+
+void BM_IcuOpenClose_PlatformDefault(benchmark::State &state) {
+  const char *name = I18NGetPlatformDefaultEncoding();
+  state.SetLabel(name);
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *converter = ucnv_open(name, &status);
+    benchmark::DoNotOptimize(converter);
+    ucnv_close(converter);
+  }
+}
+BENCHMARK(BM_IcuOpenClose_PlatformDefault);
+
+void BM_XylPooledTakeReturn_UTF8_Threads(benchmark::State &state) {
+  for (auto _ : state) {
+    I18NConverterUTF8 converter;
+    benchmark::DoNotOptimize(&converter.getConverter());
+  }
+}
+BENCHMARK(BM_XylPooledTakeReturn_UTF8_Threads)->Threads(2);
+
+void BM_IcuOpenClose_UTF8_Threads(benchmark::State &state) {
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *converter = ucnv_open("UTF-8", &status);
+    benchmark::DoNotOptimize(converter);
+    ucnv_close(converter);
+  }
+}
+BENCHMARK(BM_IcuOpenClose_UTF8_Threads)->Threads(2);
+
+void BM_XylOpen_Windows1252(benchmark::State &state) {
+  for (auto _ : state) {
+    I18NConverter converter("windows-1252");
+    benchmark::DoNotOptimize(converter.getUConverter());
+  }
+}
+BENCHMARK(BM_XylOpen_Windows1252);
+
+void BM_IcuOpenClose_Windows1252(benchmark::State &state) {
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *converter = ucnv_open("windows-1252", &status);
+    benchmark::DoNotOptimize(converter);
+    ucnv_close(converter);
+  }
+}
+BENCHMARK(BM_IcuOpenClose_Windows1252);
+
+void BM_XylClone_Windows1252(benchmark::State &state) {
+  I18NConverter prototype("windows-1252");
+  for (auto _ : state) {
+    I18NConverter copy(prototype);
+    benchmark::DoNotOptimize(copy.getUConverter());
+  }
+}
+BENCHMARK(BM_XylClone_Windows1252);
+
+void BM_IcuClone_Windows1252(benchmark::State &state) {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter *prototype = ucnv_open("windows-1252", &status);
+  for (auto _ : state) {
+    status = U_ZERO_ERROR;
+    UConverter *copy = ucnv_clone(prototype, &status);
+    benchmark::DoNotOptimize(copy);
+    ucnv_close(copy);
+  }
+  ucnv_close(prototype);
+}
+BENCHMARK(BM_IcuClone_Windows1252);
+
+// Mixed text: ASCII words with Latin-1, Greek, CJK and an emoji.
+std::string mixedText(size_t bytes) {
+  const std::string piece = "caf\xC3\xA9 \xCE\xB1\xCE\xB2 \xE6\xBC\xA2\xE5\xAD\x97 data \xF0\x9F\x98\x80 ";
+  std::string text;
+  while (text.size() + piece.size() <= bytes)
+    text += piece;
+  while (text.size() < bytes)
+    text.push_back('x');
+  return text;
+}
+
+void BM_XylConverter_UTF8ToUTF16(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  std::vector<unsigned short> target(text.size() + 1);
+  for (auto _ : state) {
+    I18NConverterUTF8 converter;
+    I18NErrorCodes error;
+    int n = converter->toUnicode(text.data(), static_cast<int>(text.size()), target.data(),
+                                 static_cast<int>(target.size() * 2), &error);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_XylConverter_UTF8ToUTF16)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_Icu_u_strFromUTF8(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  std::vector<UChar> target(text.size() + 1);
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t n = 0;
+    u_strFromUTF8(target.data(), static_cast<int32_t>(target.size()), &n, text.data(),
+                  static_cast<int32_t>(text.size()), &status);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_Icu_u_strFromUTF8)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_Icu_ucnv_toUChars(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  std::vector<UChar> target(text.size() + 1);
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter *converter = ucnv_open("UTF-8", &status);
+  for (auto _ : state) {
+    status = U_ZERO_ERROR;
+    int32_t n = ucnv_toUChars(converter, target.data(), static_cast<int32_t>(target.size()), text.data(),
+                              static_cast<int32_t>(text.size()), &status);
+    benchmark::DoNotOptimize(n);
+  }
+  ucnv_close(converter);
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_Icu_ucnv_toUChars)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+} // namespace

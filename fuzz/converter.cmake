@@ -1,0 +1,1 @@
+xyl_add_fuzzer(converter_fuzzer SOURCE ${CMAKE_CURRENT_SOURCE_DIR}/converter_fuzzer.cpp CORPUS ${XYL_CORPUS}/converter)

@@ -1,0 +1,1 @@
+xyl_add_fuzzer(string_bytes_fuzzer SOURCE ${CMAKE_CURRENT_SOURCE_DIR}/string_bytes_fuzzer.cpp CORPUS ${XYL_CORPUS}/string_bytes)

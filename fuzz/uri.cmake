@@ -1,0 +1,1 @@
+xyl_add_fuzzer(uri_fuzzer SOURCE ${CMAKE_CURRENT_SOURCE_DIR}/uri_fuzzer.cpp CORPUS ${XYL_CORPUS}/uri)

@@ -1,0 +1,7 @@
+#include <XYLCore/Threads/XYLThreadExecuteRunnable.h>
+
+XYLThreadExecuteRunnable::XYLThreadExecuteRunnable() = default;
+
+XYLThreadExecuteRunnable::~XYLThreadExecuteRunnable() = default;
+
+void XYLThreadExecuteRunnable::run() {}

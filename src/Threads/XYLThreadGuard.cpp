@@ -1,0 +1,5 @@
+#include <XYLCore/Threads/XYLThreadGuard.h>
+
+XYLThreadGuard::XYLThreadGuard(XYLThreadLockableResource &resource) : m_resource(resource) { m_resource.lock(); }
+
+XYLThreadGuard::~XYLThreadGuard() { m_resource.unlock(); }

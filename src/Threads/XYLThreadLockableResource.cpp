@@ -1,0 +1,3 @@
+#include <XYLCore/Threads/XYLThreadLockableResource.h>
+
+XYLThreadLockableResource::~XYLThreadLockableResource() = default;

@@ -1,0 +1,3 @@
+#include <XYLCore/Threads/XYLThreadRWLockableResource.h>
+
+XYLThreadRWLockableResource::~XYLThreadRWLockableResource() = default;

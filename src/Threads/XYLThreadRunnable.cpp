@@ -1,0 +1,3 @@
+#include <XYLCore/Threads/XYLThreadRunnable.h>
+
+XYLThreadRunnable::~XYLThreadRunnable() = default;

@@ -1,0 +1,6 @@
+// XYLCustodianTask: the abstract periodic task.
+#include <XYLCore/XYLCustodian/XYLCustodianTask.h>
+
+XYLCustodianTask::XYLCustodianTask() {}
+
+XYLCustodianTask::~XYLCustodianTask() {}

@@ -1,0 +1,34 @@
+// Private: the few operating-system services the internationalisation layer
+// needs. One implementation per OS (posix/i18n_os_posix.inc).
+#ifndef XYLCORE_SRC_I18N_CPP_I18N_OS_H
+#define XYLCORE_SRC_I18N_CPP_I18N_OS_H
+
+#include <string>
+
+namespace i18n_os {
+
+// The native path separator and whether a byte separates path components.
+const char kSeparator = '/';
+inline bool isSeparator(char c) { return c == '/'; }
+
+// The value of an environment variable; null when unset or empty.
+const char *getEnvironment(const char *name);
+
+// The full file name of the library's own shared object; false when it
+// cannot be found.
+bool getLibraryFileName(std::string &fileName);
+
+// Whether `path` is a regular file this process may read.
+bool isReadableRegularFile(const char *path);
+
+// The first line (without its line end, at most `limit` bytes) of a text
+// file; false when the file cannot be opened for reading.
+bool readFirstLine(const char *path, std::string &line, int limit);
+
+// The code set of the process's locale settings (LC_ALL, LC_CTYPE, LANG)
+// as the OS names it ("ISO-8859-1", "ANSI_X3.4-1968"); empty when unknown.
+void getLocaleCodeSet(char *buffer, int capacity);
+
+} // namespace i18n_os
+
+#endif

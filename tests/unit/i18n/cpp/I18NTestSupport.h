@@ -1,0 +1,109 @@
+// Helpers shared by the i18n-base unit tests: UTF-8 <-> UTF-16 through ICU
+// (independent of the code under test), an environment-variable guard and
+// a scratch directory.
+#ifndef XYLCORE_TESTS_UNIT_I18N_CPP_I18NTESTSUPPORT_H
+#define XYLCORE_TESTS_UNIT_I18N_CPP_I18NTESTSUPPORT_H
+
+#include <unicode/unistr.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace i18ntest {
+
+inline std::u16string utf16(const std::string &utf8) {
+  icu::UnicodeString text = icu::UnicodeString::fromUTF8(utf8);
+  return std::u16string(reinterpret_cast<const char16_t *>(text.getBuffer()), static_cast<size_t>(text.length()));
+}
+
+inline std::string utf8(const std::u16string &units) {
+  std::string out;
+  icu::UnicodeString(reinterpret_cast<const UChar *>(units.data()), static_cast<int32_t>(units.size()))
+      .toUTF8String(out);
+  return out;
+}
+
+inline std::string utf8(const unsigned short *units, int bytes) {
+  return utf8(std::u16string(reinterpret_cast<const char16_t *>(units), static_cast<size_t>(bytes / 2)));
+}
+
+// Sets (or, with null, unsets) a variable for the guard's lifetime.
+class EnvGuard {
+public:
+  EnvGuard(const char *name, const char *value) : m_name(name) {
+    const char *old = std::getenv(name);
+    m_had = old != nullptr;
+    if (m_had)
+      m_old = old;
+    if (value != nullptr)
+      setenv(name, value, 1);
+    else
+      unsetenv(name);
+  }
+  ~EnvGuard() {
+    if (m_had)
+      setenv(m_name.c_str(), m_old.c_str(), 1);
+    else
+      unsetenv(m_name.c_str());
+  }
+
+private:
+  std::string m_name;
+  std::string m_old;
+  bool m_had;
+};
+
+// A fresh directory under /tmp, removed (with what the test put in it) at
+// the end.
+class ScratchDir {
+public:
+  ScratchDir() {
+    char pattern[] = "/tmp/xyli18nXXXXXX";
+    const char *made = mkdtemp(pattern);
+    m_path = made != nullptr ? made : "";
+  }
+  ~ScratchDir() {
+    if (!m_path.empty())
+      std::system(("rm -rf '" + m_path + "'").c_str());
+  }
+  const std::string &path() const { return m_path; }
+  std::string file(const std::string &name) const { return m_path + "/" + name; }
+  void write(const std::string &name, const std::string &content) const {
+    std::FILE *f = std::fopen(file(name).c_str(), "wb");
+    if (f != nullptr) {
+      std::fwrite(content.data(), 1, content.size(), f);
+      std::fclose(f);
+    }
+  }
+  void mkdir(const std::string &name) const { ::mkdir(file(name).c_str(), 0755); }
+
+private:
+  std::string m_path;
+};
+
+// Changes the working directory for the guard's lifetime.
+class CwdGuard {
+public:
+  explicit CwdGuard(const std::string &dir) {
+    char buffer[4096];
+    m_old = getcwd(buffer, sizeof buffer) != nullptr ? buffer : "/";
+    m_ok = chdir(dir.c_str()) == 0;
+  }
+  ~CwdGuard() {
+    if (chdir(m_old.c_str()) != 0)
+      std::perror("chdir");
+  }
+  bool ok() const { return m_ok; }
+
+private:
+  std::string m_old;
+  bool m_ok;
+};
+
+} // namespace i18ntest
+
+#endif
