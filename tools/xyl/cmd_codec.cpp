@@ -33,12 +33,12 @@ bool readText(const char *command, std::string &text) {
   return true;
 }
 
-// Takes the options of `spec`; false (after printing usage) on a bad option
+// Takes the options of `optionLetters`; false (after printing usage) on a bad option
 // or on operands the command does not take.
-bool parseFlags(int argc, char **argv, const char *spec, bool takesOperands, std::string &seen, int &firstOperand) {
+bool parseFlags(int argc, char **argv, const char *optionLetters, bool takesOperands, std::string &seen, int &firstOperand) {
   XYLUtGetOpt options;
   int c;
-  while ((c = options.getOpt(argc, argv, spec)) > 0)
+  while ((c = options.getOpt(argc, argv, optionLetters)) > 0)
     seen.push_back(static_cast<char>(c));
   firstOperand = options.getOptInd();
   if (c == 0 || (!takesOperands && firstOperand < argc)) {

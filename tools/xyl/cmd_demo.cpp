@@ -4,6 +4,11 @@
 
 #include <XYLCore/Core/xylcore.h>
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
+#include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>
+#include <XYLCore/Threads/XYLThread.h>
+#include <XYLCore/Threads/XYLThreadRunnable.h>
+#include <XYLCore/XYLCustodian/XYLCustodian.h>
+#include <XYLCore/XYLCustodian/XYLCustodianTask.h>
 #include <XYLCore/Types/XYLByteBuffer.h>
 #include <XYLCore/Utility/XYLSquisher.h>
 #include <XYLCore/Utility/XYLUtCrc32.h>
@@ -92,6 +97,38 @@ void showExceptions() {
   }
 }
 
+class PrintTask : public XYLThreadRunnable {
+public:
+  explicit PrintTask(int number) : m_number(number) {}
+  void run() override { std::printf("pool task %d ran on thread %lu\n", m_number, XYLThread::currentThreadId()); }
+
+private:
+  int m_number;
+};
+
+class Housekeeping : public XYLCustodianTask {
+public:
+  int doTask(int terminating) override {
+    std::printf("the custodian called its task (terminating=%d)\n", terminating);
+    return 0;
+  }
+};
+
+void showPoolAndCustodian() {
+  section("thread pool and custodian");
+  xylInitialize();
+  {
+    XYLThreadPoolQueued pool(2, 8, 1); // 2 workers, 8 queue slots, drain on shutdown
+    PrintTask tasks[] = {PrintTask(1), PrintTask(2), PrintTask(3), PrintTask(4)};
+    for (PrintTask &task : tasks)
+      pool.execute(&task, 4294967295ul);
+  } // the pool runs what is queued, then joins its workers
+  Housekeeping housekeeping;
+  std::printf("custodian period %lu ms; task registered: %d\n", XYLCustodian::getSchedule(),
+              XYLCustodian::registerTask(&housekeeping));
+  xylTerminate(); // the custodian's last cycle runs with terminating=1
+}
+
 } // namespace
 
 int runDemo(int argc, char **argv) {
@@ -105,6 +142,7 @@ int runDemo(int argc, char **argv) {
   showByteBuffer();
   showCodecs();
   showExceptions();
+  showPoolAndCustodian();
   section("timer");
   std::printf("the tour took %s\n", timer.getTimes(1));
   return kSuccess;
