@@ -4,11 +4,12 @@
 // escaped with a backslash (the set "[\\+\\*\\?\\.\\[\\^\\$\\(\\)\\{\\|\\\\]",
 // plus the closing brace and bracket, which ICU rejects or may read
 // specially); control characters and unpaired surrogates are written as
-// \x{...}. '_' becomes '.', which matches one code point (DOTALL, so line
-// ends too). The pattern is split at its unescaped '%' signs into segments
+// \x{...}. '_' becomes ANY, the set of every code point [\x{0}-\x{10FFFF}]
+// (not '.', which ICU lets swallow a CR LF pair as one character). The
+// pattern is split at its unescaped '%' signs into segments
 // seg0 % seg1 % ... % segN (runs of '%' count once), and built as
 //
-//     (?>.*?(seg0)) (?>.*?seg1) ... (?>.*?segN-1) .*segN
+//     (?>ANY*?(seg0)) (?>ANY*?seg1) ... (?>ANY*?segN-1) ANY*segN
 //
 // Every segment has a fixed length in code points, so the leftmost
 // occurrence of seg0 and of each middle segment is always the best choice:
@@ -32,6 +33,9 @@
 using namespace i18n_string_detail;
 
 namespace {
+
+// One code point, whatever it is (a lone surrogate included).
+const char kAny[] = "[\\x{0}-\\x{10FFFF}]";
 
 bool isMetacharacter(UChar32 c) {
   switch (c) {
@@ -111,7 +115,7 @@ I18NPatternCode I18NString::getPatternCode(const I18NString &pattern, unsigned i
       if (!(segments.size() > 1 && segments.back().isEmpty()))
         segments.emplace_back();
     } else if (c == '_') {
-      segments.back().append(static_cast<char16_t>('.'));
+      segments.back().append(icu::UnicodeString(kAny, -1, US_INV));
     } else {
       appendLiteral(segments.back(), c);
     }
@@ -119,16 +123,18 @@ I18NPatternCode I18NString::getPatternCode(const I18NString &pattern, unsigned i
   if (escaped) // an escape at the very end stands for itself
     appendLiteral(segments.back(), static_cast<UChar32>(escape));
 
-  icu::UnicodeString regex("(?>.*?(", -1, US_INV);
+  const icu::UnicodeString any(kAny, -1, US_INV);
+  icu::UnicodeString regex("(?>", -1, US_INV);
+  regex.append(any).append(icu::UnicodeString("*?(", -1, US_INV));
   regex.append(segments.front());
   regex.append(icu::UnicodeString("))", -1, US_INV));
   for (std::size_t k = 1; k + 1 < segments.size(); ++k) {
-    regex.append(icu::UnicodeString("(?>.*?", -1, US_INV));
+    regex.append(icu::UnicodeString("(?>", -1, US_INV)).append(any).append(icu::UnicodeString("*?", -1, US_INV));
     regex.append(segments[k]);
     regex.append(static_cast<char16_t>(')'));
   }
   if (segments.size() > 1) {
-    regex.append(icu::UnicodeString(".*", -1, US_INV));
+    regex.append(any).append(static_cast<char16_t>('*'));
     regex.append(segments.back());
   }
   UErrorCode status = U_ZERO_ERROR;

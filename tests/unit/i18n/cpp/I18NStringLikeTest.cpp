@@ -126,6 +126,11 @@ TEST(I18NStringLikeTest, FixedCases) {
       {u"\u00e9t\u00e9", 0, u"\u00e9t\u00e9", true, u"\u00e9t\u00e9"},
       {u"%\U0001F600%", 0, u"x\U0001F600y", true, u"x\U0001F600y"},
       {u"a\tb", 0, u"a\tb", true, u"a\tb"},
+      // A CR LF pair is two characters (found by the LIKE fuzz target).
+      {u"a_b%", 0, u"a\r\nb\r\n", false, u""},
+      {u"a__b%", 0, u"a\r\nb\r\n", true, u"a\r\nb\r\n"},
+      {u"%\n", 0, u"a\r\n", true, u"a\r\n"},
+      {u"%\r", 0, u"a\r\n", false, u"a\r"},
   };
   for (const LikeCase &c : cases) {
     I18NString text = u16s(c.text), pattern = u16s(c.pattern);
