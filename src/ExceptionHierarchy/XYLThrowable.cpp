@@ -154,7 +154,8 @@ void XYLThrowable::addBackTrace(const XYLFileLocation &location, const char *tex
   std::size_t macroLength = lengthOrZero(macroName), textLength = lengthOrZero(text);
 
   // "<file>(<line>):<name>: [<macro>: ][<text>]"
-  std::size_t total = fileLength + 1 + lineLength + 2 + nameLength + 2 + (macroLength ? macroLength + 2 : 0) + textLength;
+  std::size_t total =
+      fileLength + 1 + lineLength + 2 + nameLength + 2 + (macroLength ? macroLength + 2 : 0) + textLength;
   char *line = static_cast<char *>(XYLUtMemory::malloc(total + 1));
   if (line == nullptr)
     return;

@@ -35,7 +35,8 @@ bool readText(const char *command, std::string &text) {
 
 // Takes the options of `optionLetters`; false (after printing usage) on a bad option
 // or on operands the command does not take.
-bool parseFlags(int argc, char **argv, const char *optionLetters, bool takesOperands, std::string &seen, int &firstOperand) {
+bool parseFlags(int argc, char **argv, const char *optionLetters, bool takesOperands, std::string &seen,
+                int &firstOperand) {
   XYLUtGetOpt options;
   int c;
   while ((c = options.getOpt(argc, argv, optionLetters)) > 0)

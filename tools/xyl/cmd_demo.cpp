@@ -7,14 +7,14 @@
 #include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>
 #include <XYLCore/Threads/XYLThread.h>
 #include <XYLCore/Threads/XYLThreadRunnable.h>
-#include <XYLCore/XYLCustodian/XYLCustodian.h>
-#include <XYLCore/XYLCustodian/XYLCustodianTask.h>
 #include <XYLCore/Types/XYLByteBuffer.h>
 #include <XYLCore/Utility/XYLSquisher.h>
 #include <XYLCore/Utility/XYLUtCrc32.h>
 #include <XYLCore/Utility/XYLUtSystemInfo.h>
 #include <XYLCore/Utility/XYLUtTimer.h>
 #include <XYLCore/Utility/xylbase64.h>
+#include <XYLCore/XYLCustodian/XYLCustodian.h>
+#include <XYLCore/XYLCustodian/XYLCustodianTask.h>
 
 #include <cstdio>
 #include <cstring>

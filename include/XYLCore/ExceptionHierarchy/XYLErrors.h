@@ -4,8 +4,6 @@
 #ifndef XYLCORE_EXCEPTIONHIERARCHY_XYLERRORS_H
 #define XYLCORE_EXCEPTIONHIERARCHY_XYLERRORS_H
 
-#include <XYLCore/ExceptionHierarchy/XYLException.h>
-#include <XYLCore/ExceptionHierarchy/XYLThrowable.h>
 #include <XYLCore/ExceptionHierarchy/Errors/I18NRuntimeError.h>
 #include <XYLCore/ExceptionHierarchy/Errors/I18NUnexpectedError.h>
 #include <XYLCore/ExceptionHierarchy/Errors/XYLAssertError.h>
@@ -22,6 +20,8 @@
 #include <XYLCore/ExceptionHierarchy/Errors/XYLUnknownError.h>
 #include <XYLCore/ExceptionHierarchy/Errors/XYLUnsupportedOperationError.h>
 #include <XYLCore/ExceptionHierarchy/Errors/XYLWin32SEHError.h>
+#include <XYLCore/ExceptionHierarchy/XYLException.h>
+#include <XYLCore/ExceptionHierarchy/XYLThrowable.h>
 #include <XYLCore/PlugIns/XYLPluginException.h>
 #include <new>
 

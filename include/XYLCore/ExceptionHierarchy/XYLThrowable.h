@@ -157,12 +157,12 @@ template <class Make> [[noreturn]] void raise(Make make, const XYLFileLocation &
 #define XYL_DECLARE_THROWABLE(Class)                                                                                   \
 public:                                                                                                                \
   XYLThrowable *clone() const override;                                                                                \
-  [[noreturn]] void hurl(const XYLFileLocation &location, const char *text, const char *macroName) override;          \
+  [[noreturn]] void hurl(const XYLFileLocation &location, const char *text, const char *macroName) override;           \
   const char *getThrowableName() const override;
 
 #define XYL_IMPLEMENT_THROWABLE(Class)                                                                                 \
   XYLThrowable *Class::clone() const { return new (std::nothrow) Class(*this); }                                       \
-  void Class::hurl(const XYLFileLocation &location, const char *text, const char *macroName) {                          \
+  void Class::hurl(const XYLFileLocation &location, const char *text, const char *macroName) {                         \
     addBackTrace(location, text, macroName);                                                                           \
     throw Class(*this);                                                                                                \
   }                                                                                                                    \
@@ -170,8 +170,7 @@ public:                                                                         
 
 #define XYL_HERE ::XYLFileLocation(XYL_SOURCE_FILE, __LINE__)
 
-#define XYL_THROW(throwable)                                                                                           \
-  ::xyl_detail::raise([&]() -> decltype(auto) { return (throwable); }, XYL_HERE, "XYL_THROW")
+#define XYL_THROW(throwable) ::xyl_detail::raise([&]() -> decltype(auto) { return (throwable); }, XYL_HERE, "XYL_THROW")
 
 #define XYL_RETHROW(caught) (caught).hurl(XYL_HERE, nullptr, "XYL_RETHROW")
 
