@@ -117,9 +117,10 @@ public:
 void showPoolAndCustodian() {
   section("thread pool and custodian");
   xylInitialize();
+  // The tasks outlive the pool: its destructor still runs what is queued.
+  PrintTask tasks[] = {PrintTask(1), PrintTask(2), PrintTask(3), PrintTask(4)};
   {
     XYLThreadPoolQueued pool(2, 8, 1); // 2 workers, 8 queue slots, drain on shutdown
-    PrintTask tasks[] = {PrintTask(1), PrintTask(2), PrintTask(3), PrintTask(4)};
     for (PrintTask &task : tasks)
       pool.execute(&task, 4294967295ul);
   } // the pool runs what is queued, then joins its workers
