@@ -83,6 +83,13 @@ TEST_P(ExclusiveLockTest, GuardExcludesOtherThreadsForItsScopeOnly) {
 }
 
 TEST_P(ExclusiveLockTest, UnlockByAThreadThatDoesNotHoldItThrows) {
+#if defined(__SANITIZE_THREAD__)
+  // A critical section keeps no owner of its own: the misuse reaches
+  // pthread_mutex_unlock, which ThreadSanitizer reports before the error
+  // comes back. The mutex kinds check their owner first and still run.
+  if (std::string(GetParam().className).find("CriticalSection") != std::string::npos)
+    GTEST_SKIP() << "the misuse itself is what ThreadSanitizer reports";
+#endif
   auto lock = GetParam().make();
   std::string text = std::string(GetParam().className) + "::unlock: QorThread interface or unexpected error";
   std::string file = std::string("Threads/") + GetParam().className;
