@@ -37,9 +37,6 @@ namespace {
 std::atomic<bool> g_forceUnicode{false};
 std::atomic<long> g_unicodeFormsCreated{0};
 
-inline icu::UnicodeString *loadForm(icu::UnicodeString *const &slot) {
-  return __atomic_load_n(&slot, __ATOMIC_ACQUIRE);
-}
 } // namespace
 
 // ---- Raising -------------------------------------------------------------------
@@ -173,11 +170,9 @@ void I18NString::initMembers(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, voi
   m_pUTF16Buffer = nullptr;
   m_normalizationForm = 0;
   m_flags = FLAG_NORMALIZED;
-  m_emptyAscii[0] = '\0';
-  m_asciiReserved1 = nullptr;
-  m_asciiReserved2 = nullptr;
-  m_pAsciiBuffer = m_emptyAscii;
-  m_asciiBufCapacity = 0;
+  m_inlineAscii[0] = '\0';
+  m_pAsciiBuffer = m_inlineAscii;
+  m_asciiBufCapacity = INLINE_ASCII_SIZE;
   m_asciiBufLength = 0;
 }
 
@@ -192,6 +187,21 @@ I18NString::I18NString(const I18NString &other, I18N_STRINGBUFFER_ALLOCATOR_CALL
     initMembers(allocator, context);
   else
     initMembers(other.m_pAllocator, other.m_pAllocatorContext);
+  // ASCII content: one block of the right size (none for short text) and
+  // one copy.
+  icu::UnicodeString *form = other.unicodeForm();
+  if (form == nullptr || (other.m_asciiBufLength >= 0 && other.m_pExternalBuffer == nullptr)) {
+    int n = other.m_asciiBufLength;
+    if (n >= INLINE_ASCII_SIZE) {
+      m_pAsciiBuffer = static_cast<char *>(allocateBlock(nullptr, n + 1));
+      m_asciiBufCapacity = n + 1;
+    }
+    std::memcpy(m_pAsciiBuffer, other.m_pAsciiBuffer, static_cast<std::size_t>(n) + 1);
+    m_asciiBufLength = n;
+    m_flags = static_cast<unsigned char>(other.m_flags & ~FLAG_STATIC_EXTERNAL_BUFFER);
+    m_normalizationForm = other.m_normalizationForm;
+    return;
+  }
   try {
     copyFrom(other);
     m_flags = static_cast<unsigned char>(other.m_flags & ~FLAG_STATIC_EXTERNAL_BUFFER);
@@ -256,7 +266,16 @@ I18NString::I18NString(const char *bytes, const char *encoding, int length,
     std::size_t n = length == -1 ? std::strlen(bytes) : static_cast<std::size_t>(length < 1 ? 0 : length);
     if (n > 0 && length != -1 && bytes[n - 1] == '\0')
       --n; // the caller counted the terminator
-    if (n < static_cast<std::size_t>(INT_MAX) && asciiHead(bytes, n)) {
+    if (n < INLINE_ASCII_SIZE) {
+      // Short text: the inline buffer, no allocation.
+      if (copyAscii(m_inlineAscii, bytes, n) == n) {
+        m_inlineAscii[n] = '\0';
+        m_asciiBufLength = static_cast<int>(n);
+        m_flags |= FLAG_CHANGED;
+        return;
+      }
+      m_inlineAscii[0] = '\0';
+    } else if (n < static_cast<std::size_t>(INT_MAX) && asciiHead(bytes, n)) {
       // The C heap directly when no allocator is set (the usual case).
       char *buffer;
       if (allocator == nullptr) {
@@ -321,12 +340,14 @@ I18NString::I18NString(const icu::UnicodeString &text, I18N_STRINGBUFFER_ALLOCAT
 }
 
 I18NString::~I18NString() {
-  // Most strings own at most an ASCII buffer.
+  // Most strings own nothing, or at most an ASCII buffer: one test for all.
+  if ((m_pByteForms == nullptr) & (m_pUnicodeString == nullptr) & (m_pAsciiBuffer == m_inlineAscii))
+    return;
   if (m_pByteForms != nullptr)
     releaseByteForms();
   if (m_pUnicodeString != nullptr)
     releaseUnicode();
-  if (m_pAsciiBuffer != m_emptyAscii)
+  if (m_pAsciiBuffer != m_inlineAscii)
     freeBlock(m_pAsciiBuffer);
 }
 
@@ -334,18 +355,22 @@ I18NByteWriter::~I18NByteWriter() = default;
 
 // ---- Buffers and forms ---------------------------------------------------------------
 
+// Makes the ASCII buffer at least `newSize` bytes, keeping its content.
 void I18NString::createAsciiBuffer(int newSize) {
   // clang-format off
   XYL_ASSERT(newSize >= 0);
   // clang-format on
-  char *old = m_pAsciiBuffer == m_emptyAscii ? nullptr : m_pAsciiBuffer;
-  if (newSize == 0) {
-    freeBlock(old);
-    m_pAsciiBuffer = m_emptyAscii;
-    m_asciiBufCapacity = 0;
+  if (newSize <= m_asciiBufCapacity)
     return;
+  if (m_pAsciiBuffer == m_inlineAscii) {
+    char *block = static_cast<char *>(allocateBlock(nullptr, newSize));
+    int keep = m_asciiBufLength > 0 ? m_asciiBufLength : 0;
+    std::memcpy(block, m_inlineAscii, static_cast<std::size_t>(keep));
+    block[keep] = '\0';
+    m_pAsciiBuffer = block;
+  } else {
+    m_pAsciiBuffer = static_cast<char *>(allocateBlock(m_pAsciiBuffer, newSize));
   }
-  m_pAsciiBuffer = static_cast<char *>(allocateBlock(old, newSize));
   m_asciiBufCapacity = newSize;
 }
 
@@ -353,30 +378,24 @@ void I18NString::createAsciiBuffer(int newSize) {
 void I18NString::reserveAscii(int characters) {
   if (characters < m_asciiBufCapacity)
     return;
-  int length = m_asciiBufLength < 0 ? 0 : m_asciiBufLength;
   long wanted = static_cast<long>(characters) + 1;
   long grown = static_cast<long>(m_asciiBufCapacity) + m_asciiBufCapacity / 2;
-  if (grown > wanted && m_asciiBufCapacity > 0)
+  if (grown > wanted)
     wanted = grown;
   if (wanted > INT_MAX)
     wanted = INT_MAX;
-  bool wasInline = m_pAsciiBuffer == m_emptyAscii;
   createAsciiBuffer(static_cast<int>(wanted));
-  if (wasInline)
-    m_pAsciiBuffer[0] = '\0';
-  m_pAsciiBuffer[length] = '\0';
 }
 
+// Back to the (empty) inline buffer.
 void I18NString::releaseAscii() {
-  if (m_pAsciiBuffer != m_emptyAscii)
+  if (m_pAsciiBuffer != m_inlineAscii)
     freeBlock(m_pAsciiBuffer);
-  m_pAsciiBuffer = m_emptyAscii;
-  m_emptyAscii[0] = '\0';
-  m_asciiBufCapacity = 0;
+  m_pAsciiBuffer = m_inlineAscii;
+  m_inlineAscii[0] = '\0';
+  m_asciiBufCapacity = INLINE_ASCII_SIZE;
   m_asciiBufLength = 0;
 }
-
-icu::UnicodeString *I18NString::unicodeForm() const { return loadForm(m_pUnicodeString); }
 
 // Allocates and publishes an empty Unicode form (writers only).
 void I18NString::create() {
@@ -492,7 +511,8 @@ static inline bool asciiWritable(bool external, icu::UnicodeString *form, int as
 
 void I18NString::destroy() {
   releaseByteForms();
-  releaseUnicode();
+  if (m_pUnicodeString != nullptr)
+    releaseUnicode();
   releaseAscii();
   m_pExternalBuffer = nullptr;
   m_externalBufferSize = 0;
@@ -508,9 +528,9 @@ void I18NString::remove() {
     m_flags |= FLAG_NORMALIZED;
     return;
   }
-  releaseUnicode();
-  if (m_pAsciiBuffer != m_emptyAscii)
-    m_pAsciiBuffer[0] = '\0';
+  if (m_pUnicodeString != nullptr)
+    releaseUnicode();
+  m_pAsciiBuffer[0] = '\0';
   m_asciiBufLength = 0;
   setChangedFlag(true);
   m_flags |= FLAG_NORMALIZED;
@@ -533,11 +553,10 @@ void I18NString::assignAscii(const char *bytes, int length) {
     m_flags |= FLAG_NORMALIZED;
     return;
   }
-  releaseUnicode();
+  if (m_pUnicodeString != nullptr)
+    releaseUnicode();
   if (length + 1 > m_asciiBufCapacity) {
-    m_asciiBufLength = 0;
-    if (m_pAsciiBuffer != m_emptyAscii)
-      m_pAsciiBuffer[0] = '\0';
+    m_asciiBufLength = 0; // nothing of the old content is kept
     reserveAscii(length);
   }
   std::memmove(m_pAsciiBuffer, bytes, static_cast<std::size_t>(length));
@@ -554,7 +573,7 @@ void I18NString::assignBytes(const char *bytes, int length, const char *encoding
   }
   if (length < -1)
     createAsciiBuffer(length + 1); // fails its assertion
-  if (m_pAsciiBuffer != m_emptyAscii && bytes >= m_pAsciiBuffer && bytes < m_pAsciiBuffer + m_asciiBufCapacity) {
+  if (bytes >= m_pAsciiBuffer && bytes < m_pAsciiBuffer + m_asciiBufCapacity) {
     // The bytes live in this string's own buffer: work from a copy.
     std::string copy(bytes, length == -1 ? std::strlen(bytes) : static_cast<std::size_t>(length));
     assignBytes(copy.data(), static_cast<int>(copy.size()), encoding, converter);
@@ -583,7 +602,7 @@ void I18NString::assignBytes(const char *bytes, int length, const char *encoding
         n = INT_MAX - 1;
     }
     if (!asciiHead(bytes, n)) {
-      if (m_pUnicodeString == nullptr && m_pAsciiBuffer != m_emptyAscii) {
+      if (m_pUnicodeString == nullptr) {
         m_pAsciiBuffer[0] = '\0'; // nothing of the old content is needed
         m_asciiBufLength = 0;
       }
@@ -592,18 +611,13 @@ void I18NString::assignBytes(const char *bytes, int length, const char *encoding
     }
     // One pass copies and checks: the common ASCII case costs one
     // allocation and one sweep over the bytes.
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     char *target;
     if (bufferSize <= m_asciiBufCapacity) {
       target = m_pAsciiBuffer;
     } else {
-      char *old = m_pAsciiBuffer == m_emptyAscii ? nullptr : m_pAsciiBuffer;
-      if (old != nullptr) {
-        freeBlock(old);
-        m_pAsciiBuffer = m_emptyAscii;
-        m_asciiBufCapacity = 0;
-      }
-      m_asciiBufLength = 0;
+      releaseAscii(); // nothing of the old content is kept
       createAsciiBuffer(bufferSize);
       target = m_pAsciiBuffer;
     }
@@ -652,12 +666,9 @@ void I18NString::setInternalAsciiBuffer(const unsigned short *units, int count, 
     return;
   }
   if (bufferSize > m_asciiBufCapacity || bufferSize < 0) {
-    m_asciiBufLength = m_pUnicodeString != nullptr ? -1 : 0;
-    if (m_pAsciiBuffer != m_emptyAscii) {
-      freeBlock(m_pAsciiBuffer);
-      m_pAsciiBuffer = m_emptyAscii;
-      m_asciiBufCapacity = 0;
-    }
+    releaseAscii(); // nothing of the old content is kept
+    if (m_pUnicodeString != nullptr)
+      m_asciiBufLength = -1;
     createAsciiBuffer(bufferSize);
   }
   for (int i = 0; i < count; ++i)
@@ -665,7 +676,8 @@ void I18NString::setInternalAsciiBuffer(const unsigned short *units, int count, 
   m_pAsciiBuffer[count] = '\0';
   m_asciiBufLength = count;
   // Only now: the units may have come from the Unicode form itself.
-  releaseUnicode();
+  if (m_pUnicodeString != nullptr)
+    releaseUnicode();
   setChangedFlag(true);
   m_flags |= FLAG_NORMALIZED;
 }
@@ -740,7 +752,8 @@ void I18NString::assignCodePoints(const unsigned int *codePoints) {
   if (ascii && m_pExternalBuffer == nullptr) {
     if (n >= static_cast<std::size_t>(INT_MAX))
       raiseHeapFailure();
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     m_asciiBufLength = 0;
     reserveAscii(static_cast<int>(n));
     for (std::size_t i = 0; i < n; ++i)
@@ -767,7 +780,8 @@ void I18NString::assignRepeat(unsigned int codePoint, int count) {
     return;
   }
   if (codePoint < 0x80 && !isForceUnicodeString() && m_pExternalBuffer == nullptr) {
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     m_asciiBufLength = 0;
     reserveAscii(count);
     std::memset(m_pAsciiBuffer, static_cast<int>(codePoint), static_cast<std::size_t>(count));
@@ -806,10 +820,10 @@ void I18NString::moveFrom(I18NString &other) noexcept {
   m_pByteForms = other.m_pByteForms;
   m_flags = other.m_flags;
   m_normalizationForm = other.m_normalizationForm;
-  if (other.m_pAsciiBuffer == other.m_emptyAscii) {
-    m_pAsciiBuffer = m_emptyAscii;
-    m_emptyAscii[0] = '\0';
-    m_asciiBufCapacity = 0;
+  if (other.m_pAsciiBuffer == other.m_inlineAscii) {
+    std::memcpy(m_inlineAscii, other.m_inlineAscii, INLINE_ASCII_SIZE);
+    m_pAsciiBuffer = m_inlineAscii;
+    m_asciiBufCapacity = INLINE_ASCII_SIZE;
   } else {
     m_pAsciiBuffer = other.m_pAsciiBuffer;
     m_asciiBufCapacity = other.m_asciiBufCapacity;
@@ -820,9 +834,9 @@ void I18NString::moveFrom(I18NString &other) noexcept {
   other.m_pExternalBuffer = nullptr;
   other.m_externalBufferSize = 0;
   other.m_pByteForms = nullptr;
-  other.m_pAsciiBuffer = other.m_emptyAscii;
-  other.m_emptyAscii[0] = '\0';
-  other.m_asciiBufCapacity = 0;
+  other.m_pAsciiBuffer = other.m_inlineAscii;
+  other.m_inlineAscii[0] = '\0';
+  other.m_asciiBufCapacity = INLINE_ASCII_SIZE;
   other.m_asciiBufLength = 0;
   other.m_flags = FLAG_NORMALIZED;
   other.m_normalizationForm = 0;
@@ -1092,7 +1106,8 @@ I18NString &I18NString::replace(I18NStringOffset offset, int count, const I18NSt
       I18NString copy(text);
       return replace(offset, count, copy);
     }
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     int length = m_asciiBufLength;
     int start = offset < 0 ? 0 : (offset > length ? length : offset);
     int removed = (count < 0 || count > length - start) ? length - start : count;
@@ -1120,7 +1135,8 @@ I18NString &I18NString::replace(I18NStringOffset offset, int count, const unsign
       asciiWritable(m_pExternalBuffer != nullptr, m_pUnicodeString, m_asciiBufLength)) {
     if (n >= static_cast<std::size_t>(INT_MAX))
       raiseHeapFailure();
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     int length = m_asciiBufLength;
     int start = offset < 0 ? 0 : (offset > length ? length : offset);
     int removed = (count < 0 || count > length - start) ? length - start : count;
@@ -1148,7 +1164,8 @@ I18NString &I18NString::replace(I18NStringOffset offset, int count, unsigned int
     repeat = 0;
   if (codePoint < 0x80 && !isForceUnicodeString() &&
       asciiWritable(m_pExternalBuffer != nullptr, m_pUnicodeString, m_asciiBufLength)) {
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     int length = m_asciiBufLength;
     int start = offset < 0 ? 0 : (offset > length ? length : offset);
     int removed = (count < 0 || count > length - start) ? length - start : count;
@@ -1188,7 +1205,8 @@ I18NString &I18NString::append(const char *bytes) {
     if (asciiPrefix(bytes, n) == n) {
       if (n >= static_cast<std::size_t>(INT_MAX - m_asciiBufLength))
         raiseHeapFailure();
-      releaseUnicode();
+      if (m_pUnicodeString != nullptr)
+        releaseUnicode();
       int length = m_asciiBufLength;
       reserveAscii(length + static_cast<int>(n));
       std::memcpy(m_pAsciiBuffer + length, bytes, n);
@@ -1217,7 +1235,8 @@ I18NString &I18NString::erase(I18NStringOffset offset, int count) {
   if (empty())
     return *this;
   if (asciiWritable(m_pExternalBuffer != nullptr, m_pUnicodeString, m_asciiBufLength)) {
-    releaseUnicode();
+    if (m_pUnicodeString != nullptr)
+      releaseUnicode();
     int length = m_asciiBufLength;
     if (offset > length)
       return *this;

@@ -157,8 +157,9 @@ public:
   explicit I18NString(const I18N_ICU_NAMESPACE::UnicodeString &text,
                       I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator = nullptr, void *context = nullptr);
   // Frees both forms and the cached byte forms; an attached external buffer
-  // is the caller's and is left alone.
-  virtual ~I18NString();
+  // is the caller's and is left alone. Not virtual: the class is not meant
+  // to be derived from, and a vtable would cost every string a pointer.
+  ~I18NString();
 
   // ---- Assignment and append ----------------------------------------------
   I18NString &operator=(const I18NString &other);
@@ -411,6 +412,8 @@ public:
     FLAG_NORMALIZATION_OFF = 0x10
   };
   unsigned char getFlags() const { return m_flags; }
+  // Bytes of the inline ASCII buffer (terminator included).
+  enum { INLINE_ASCII_SIZE = 23 };
   void setChangedFlag(bool changed);
 
 private:
@@ -440,7 +443,9 @@ private:
   void assignCodePoints(const unsigned int *codePoints);
   void assignRepeat(unsigned int codePoint, int count);
   // Unicode form handling.
-  I18N_ICU_NAMESPACE::UnicodeString *unicodeForm() const;
+  I18N_ICU_NAMESPACE::UnicodeString *unicodeForm() const {
+    return __atomic_load_n(&m_pUnicodeString, __ATOMIC_ACQUIRE);
+  }
   void create();
   void setFromAscii();
   I18N_ICU_NAMESPACE::UnicodeString &forceUnicode() const;
@@ -473,9 +478,10 @@ private:
   const unsigned short *m_pUTF16Buffer;
   int m_normalizationForm; // last form given to normalize, plus one; 0: none
   unsigned char m_flags;
-  char m_emptyAscii[1];
-  void *m_asciiReserved1;
-  void *m_asciiReserved2;
+  // The inline ASCII buffer: empty (a NUL byte) at construction, and home to
+  // any ASCII text of up to INLINE_ASCII_SIZE - 1 characters, so that short
+  // keys and identifiers need no allocation at all.
+  char m_inlineAscii[INLINE_ASCII_SIZE];
   char *m_pAsciiBuffer;
   int m_asciiBufCapacity;
   int m_asciiBufLength;

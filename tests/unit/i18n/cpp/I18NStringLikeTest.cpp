@@ -169,15 +169,17 @@ TEST(I18NStringLikeTest, PathologicalPatternsStayLinear) {
 
 TEST(I18NStringLikeTest, RandomPatternsAgreeWithReference) {
   std::mt19937 random(20240601);
-  const char16_t patternAlphabet[] = {u'a', u'b', u'%', u'_', u'!', u'.', u'\u00e9'};
-  const char16_t textAlphabet[] = {u'a', u'b', u'%', u'_', u'!', u'.', u'\u00e9'};
+  const char16_t patternAlphabet[] = {u'a', u'b', u'%', u'_', u'!', u'.', u'\u00e9', u'\n'};
+  const char16_t textAlphabet[] = {u'a', u'b', u'%', u'_', u'!', u'.', u'\u00e9', u'\r', u'\n'};
+  const size_t np = sizeof patternAlphabet / sizeof patternAlphabet[0];
+  const size_t nt = sizeof textAlphabet / sizeof textAlphabet[0];
   for (int round = 0; round < 3000; ++round) {
     std::u16string pattern, text;
     int pl = static_cast<int>(random() % 7), tl = static_cast<int>(random() % 9);
     for (int i = 0; i < pl; ++i)
-      pattern += patternAlphabet[random() % 7];
+      pattern += patternAlphabet[random() % np];
     for (int i = 0; i < tl; ++i)
-      text += textAlphabet[random() % 7];
+      text += textAlphabet[random() % nt];
     unsigned int escape = (round % 2) ? '!' : 0;
     std::vector<Token> t = tokens(pattern, escape);
     std::vector<char32_t> p = points(text);

@@ -77,6 +77,37 @@ TEST(I18NStringTest, AsciiTextNeverTouchesIcu) {
   EXPECT_EQ(icuBefore, icuAllocations());
 }
 
+// Up to INLINE_ASCII_SIZE - 1 ASCII characters live inside the object.
+TEST(I18NStringTest, ShortAsciiTextNeedsNoAllocation) {
+  const std::string fits(I18NString::INLINE_ASCII_SIZE - 1, 'k');
+  const std::string over(I18NString::INLINE_ASCII_SIZE, 'k');
+  struct Case {
+    const std::string *text;
+    long allocations;
+  } cases[] = {{&fits, 0}, {&over, 1}};
+  for (const Case &c : cases) {
+    // Every allocation through the library's seam fails from here on.
+    xyltest::AllocationFailure failure(1, true);
+    if (c.allocations == 0) {
+      I18NString s(c.text->c_str(), "UTF-8", static_cast<int>(c.text->size()));
+      I18NString copy(s);
+      I18NString moved(std::move(copy));
+      EXPECT_EQ(*c.text, std::string(moved.c_str()));
+      EXPECT_EQ(*c.text, std::string(s.c_str()));
+      EXPECT_TRUE(copy.empty());
+    } else {
+      EXPECT_THROW(I18NString(c.text->c_str(), "UTF-8"), XYLOutOfMemoryError);
+    }
+  }
+  // Growing out of the inline buffer keeps the text.
+  I18NString grow("0123456789", "UTF-8");
+  for (int i = 0; i < 5; ++i)
+    grow.append(I18NString("0123456789", "UTF-8"));
+  EXPECT_EQ(60, grow.length());
+  EXPECT_EQ(std::string("0123456789012345678901234567890123456789012345678901234567890123456789").substr(0, 60),
+            std::string(grow.c_str()));
+}
+
 TEST(I18NStringTest, AsciiTestOfBytes) {
   struct Case {
     const char *bytes;
@@ -536,7 +567,7 @@ TEST(I18NStringTest, DefaultAllocatorContract) {
 TEST(I18NStringTest, BuffersComeFromTheCallerAllocator) {
   CountingAllocator counter;
   {
-    I18NString s("ascii text", "UTF-8", -1, CountingAllocator::callback, &counter);
+    I18NString s("ascii text longer than the inline buffer", "UTF-8", -1, CountingAllocator::callback, &counter);
     EXPECT_EQ(1, counter.calls); // the ASCII buffer
     int before = counter.calls;
     I18NString u("t\xC3\xA9xt", "UTF-8", -1, CountingAllocator::callback, &counter);
@@ -559,7 +590,7 @@ TEST(I18NStringTest, FailingAllocatorRaisesOutOfMemory) {
     const char *bytes;
     const char *message;
   } cases[] = {
-      {"ascii", "The specified allocator callback failed to allocate memory."},
+      {"ascii text longer than the inline buffer", "The specified allocator callback failed to allocate memory."},
       {"t\xC3\xA9xt", "The specified allocator callback failed to allocate memory."},
   };
   for (const Case &c : cases) {
@@ -575,7 +606,7 @@ TEST(I18NStringTest, FailingAllocatorRaisesOutOfMemory) {
   }
   xyltest::AllocationFailure failure(1);
   try {
-    I18NString s("ascii", "UTF-8");
+    I18NString s("ascii text longer than the inline buffer", "UTF-8");
     FAIL() << "no exception";
   } catch (XYLOutOfMemoryError &e) {
     EXPECT_STREQ("malloc failed to allocate memory.", e.getMessage());
