@@ -73,6 +73,25 @@ void BM_StdMutex_LockUnlock(benchmark::State &state) {
 }
 BENCHMARK(BM_StdMutex_LockUnlock);
 
+// The floor under XYLThreadMutex: a mutex that an ending owner hands over
+// (robust) and that its owner may take again (recursive) costs this much in
+// the C library alone.
+void BM_PthreadRobustRecursiveMutex_LockUnlock(benchmark::State &state) {
+  pthread_mutexattr_t attr;
+  pthread_mutexattr_init(&attr);
+  pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutexattr_setrobust(&attr, PTHREAD_MUTEX_ROBUST);
+  pthread_mutex_t mutex;
+  pthread_mutex_init(&mutex, &attr);
+  pthread_mutexattr_destroy(&attr);
+  for (auto _ : state) {
+    pthread_mutex_lock(&mutex);
+    pthread_mutex_unlock(&mutex);
+  }
+  pthread_mutex_destroy(&mutex);
+}
+BENCHMARK(BM_PthreadRobustRecursiveMutex_LockUnlock);
+
 // ---- read/write lock, read side -------------------------------------------
 
 void BM_XylRWLock_ReadLockUnlock(benchmark::State &state) {

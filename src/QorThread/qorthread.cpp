@@ -1361,18 +1361,82 @@ private:
   QorRWLockRec_ *m_rw;
 };
 
+unsigned int readersOf(const QorRWLockRec_ *rw) { return rw->state.load(std::memory_order_acquire) / kRWLockReader; }
+
+// Enters as a reader with one compare-and-swap while no writer holds or
+// waits; false sends the caller to the guarded path.
+bool rwFastReadLock(QorRWLockRec_ *rw) {
+  unsigned int state = rw->state.load(std::memory_order_relaxed);
+  while ((state & kRWLockSlow) == 0) {
+    if (rw->state.compare_exchange_weak(state, state + kRWLockReader, std::memory_order_acquire,
+                                        std::memory_order_relaxed))
+      return true;
+  }
+  return false;
+}
+
+// Leaves as a reader while no writer waits; false sends the caller to the
+// guarded path, which wakes the writer when the last reader leaves.
+bool rwFastReadUnlock(QorRWLockRec_ *rw) {
+  unsigned int state = rw->state.load(std::memory_order_relaxed);
+  while ((state & kRWLockSlow) == 0 && state >= kRWLockReader) {
+    if (rw->state.compare_exchange_weak(state, state - kRWLockReader, std::memory_order_release,
+                                        std::memory_order_relaxed))
+      return true;
+  }
+  return false;
+}
+
+// Under the guard: the fast path stays shut while a writer holds or waits.
+void rwUpdateSlowFlag(QorRWLockRec_ *rw) {
+  if (rw->writerHeld || rw->waitingWriters > 0)
+    rw->state.fetch_or(kRWLockSlow, std::memory_order_acq_rel);
+  else
+    rw->state.fetch_and(~kRWLockSlow, std::memory_order_acq_rel);
+}
+
+// Under the guard: readers that wait are let in once no writer holds or waits.
+int rwWakeReadersIfFree(QorRWLockRec_ *rw) {
+  if (!rw->writerHeld && rw->waitingWriters == 0 && rw->waitingReaders > 0)
+    return conditionBroadcast(&rw->readers);
+  return QORTHREAD_OK;
+}
+
 // The write lock with an optional limit (QORTHREAD_INFINITE for none).
 int rwWriteLock(QorRWLockRec_ *rw, unsigned int ms) {
   unsigned long long start = ms == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
   RWGuardLock guard(rw);
-  while (rw->count != 0) {
-    ++rw->waitingWriters;
-    int rc = conditionWait(&rw->writers, &rw->guard, remainingOf(ms, start));
-    --rw->waitingWriters;
+  ++rw->waitingWriters;
+  rwUpdateSlowFlag(rw);
+  int rc = QORTHREAD_OK;
+  while (rc == QORTHREAD_OK && (rw->writerHeld || readersOf(rw) != 0))
+    rc = conditionWait(&rw->writers, &rw->guard, remainingOf(ms, start));
+  --rw->waitingWriters;
+  if (rc == QORTHREAD_OK)
+    rw->writerHeld = 1;
+  rwUpdateSlowFlag(rw);
+  if (rc != QORTHREAD_OK)
+    rwWakeReadersIfFree(rw); // the readers this writer held back
+  return rc;
+}
+
+// The guarded read lock with an optional limit; `keepCountOnError` leaves the
+// waiting-reader count raised when the wait itself fails, as the untimed
+// form always has.
+int rwSlowReadLock(QorRWLockRec_ *rw, unsigned int ms, bool keepCountOnError) {
+  unsigned long long start = ms == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
+  RWGuardLock guard(rw);
+  // Writers are preferred: a reader also waits while a writer waits.
+  while (rw->writerHeld || rw->waitingWriters > 0) {
+    ++rw->waitingReaders;
+    int rc = conditionWait(&rw->readers, &rw->guard, remainingOf(ms, start));
+    if (rc == QORTHREAD_ERROR && keepCountOnError)
+      return rc;
+    --rw->waitingReaders;
     if (rc != QORTHREAD_OK)
       return rc;
   }
-  rw->count = -1;
+  rw->state.fetch_add(kRWLockReader, std::memory_order_acquire);
   return QORTHREAD_OK;
 }
 
@@ -1447,9 +1511,10 @@ int qorThreadRWLockTryWriteLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
   RWGuardLock guard(rw);
-  if (rw->count != 0)
+  if (rw->writerHeld || readersOf(rw) != 0)
     return QORTHREAD_INUSE;
-  rw->count = -1;
+  rw->writerHeld = 1;
+  rwUpdateSlowFlag(rw);
   return QORTHREAD_OK;
 }
 
@@ -1462,60 +1527,43 @@ int qorThreadRWLockTimedWriteLock(QorRWLock_ rw, unsigned int milliseconds) {
 int qorThreadRWLockReadLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  RWGuardLock guard(rw);
-  // Writers are preferred: a reader also waits while a writer waits.
-  while (rw->count < 0 || rw->waitingWriters > 0) {
-    ++rw->waitingReaders;
-    int rc = conditionWait(&rw->readers, &rw->guard, QORTHREAD_INFINITE);
-    if (rc == QORTHREAD_ERROR)
-      return rc; // the waiting-reader count is not given back here
-    --rw->waitingReaders;
-  }
-  ++rw->count;
-  return QORTHREAD_OK;
+  if (rwFastReadLock(rw))
+    return QORTHREAD_OK;
+  return rwSlowReadLock(rw, QORTHREAD_INFINITE, true);
 }
 
 int qorThreadRWLockTryReadLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  RWGuardLock guard(rw);
-  if (rw->count == -1 || rw->waitingWriters > 0)
-    return QORTHREAD_INUSE;
-  ++rw->count;
-  return QORTHREAD_OK;
+  // A failed fast path means a writer holds or waits: busy either way.
+  return rwFastReadLock(rw) ? QORTHREAD_OK : QORTHREAD_INUSE;
 }
 
 int qorThreadRWLockTimedReadLock(QorRWLock_ rw, unsigned int milliseconds) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  unsigned long long start = milliseconds == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
-  RWGuardLock guard(rw);
-  while (rw->count < 0 || rw->waitingWriters > 0) {
-    ++rw->waitingReaders;
-    int rc = conditionWait(&rw->readers, &rw->guard, remainingOf(milliseconds, start));
-    --rw->waitingReaders;
-    if (rc != QORTHREAD_OK)
-      return rc;
-  }
-  ++rw->count;
-  return QORTHREAD_OK;
+  if (rwFastReadLock(rw))
+    return QORTHREAD_OK;
+  return rwSlowReadLock(rw, milliseconds, false);
 }
 
 int qorThreadRWLockUnlock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
+  if (rwFastReadUnlock(rw))
+    return QORTHREAD_OK;
   RWGuardLock guard(rw);
-  if (rw->count > 0)
-    --rw->count;
-  else if (rw->count == -1)
-    rw->count = 0;
-  // A waiting writer is woken even while readers still hold the lock; it
-  // tests again.
+  if (rw->writerHeld) {
+    rw->writerHeld = 0;
+    rwUpdateSlowFlag(rw);
+  } else if (readersOf(rw) != 0) {
+    rw->state.fetch_sub(kRWLockReader, std::memory_order_release);
+  }
+  // A waiting writer is woken as soon as no reader is left; readers wait
+  // until no writer holds or waits.
   if (rw->waitingWriters > 0)
-    return conditionSignal(&rw->writers);
-  if (rw->waitingReaders > 0)
-    return conditionBroadcast(&rw->readers);
-  return QORTHREAD_OK;
+    return readersOf(rw) == 0 ? conditionSignal(&rw->writers) : QORTHREAD_OK;
+  return rwWakeReadersIfFree(rw);
 }
 
 // ---- thread-local keys ---------------------------------------------------------------

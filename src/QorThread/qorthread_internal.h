@@ -140,13 +140,23 @@ struct QorEventRec_ {
   int syntax;
 };
 
+// Readers take and give back the lock with one compare-and-swap on `state`
+// while no writer holds or waits; everything else goes through `guard`.
+// `state` holds twice the number of readers, plus kRWLockSlow while a writer
+// holds the lock or waits for it (so no new reader enters by the fast path:
+// writers are preferred). The flag and the writer fields change only under
+// `guard`.
+constexpr unsigned int kRWLockSlow = 1u;
+constexpr unsigned int kRWLockReader = 2u;
+
 struct QorRWLockRec_ {
   QorOsMutex guard;
+  std::atomic<unsigned int> state;
   QorConditionRec_ readers;
   int waitingReaders;
   QorConditionRec_ writers;
   int waitingWriters;
-  int count; // 0 free, > 0 readers, -1 one writer
+  int writerHeld;
   void *traceObj;
   int valid;
   int syntax;
