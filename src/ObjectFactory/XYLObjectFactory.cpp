@@ -69,9 +69,9 @@ struct LISTS_STRUCT {
 
   XYLObjectFactoryCreator creator;
   // Items released and ready for reuse, oldest release first.
-  XYLThreadMonitor<ItemQueue> freeList;
+  XYLThreadMonitor<XYLThreadCriticalSection, ItemQueue> freeList;
   // Every item the creator made, released or not.
-  XYLThreadMonitor<std::vector<XYLObjectFactoryItem *>> inUseList;
+  XYLThreadMonitor<XYLThreadCriticalSection, std::vector<XYLObjectFactoryItem *>> inUseList;
 };
 
 // ---- XYLObjectFactoryItem ----------------------------------------------------

@@ -1,11 +1,12 @@
 #include <XYLCore/Types/XYLDBTypes.h>
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
+#include <XYLCore/Threads/XYLThreadCriticalSection.h>
+#include <XYLCore/Threads/XYLThreadGuard.h>
 
 #include <atomic>
 #include <cstring>
 #include <map>
-#include <mutex>
 #include <new>
 
 namespace {
@@ -338,9 +339,14 @@ void fillTranslations(const TranslationRow (&rows)[N], CodeToCode &toFirst, Code
   }
 }
 
-// The singleton and the lock that serialises its creation.
+// The singleton, and the lock that serialises its creation (made on first
+// use, so that it exists whatever the order of static construction).
 std::atomic<XYLDBTypes *> g_instance{nullptr};
-std::mutex g_creationLock;
+
+XYLThreadCriticalSection &creationLock() {
+  static XYLThreadCriticalSection lock(0);
+  return lock;
+}
 
 } // namespace
 
@@ -377,7 +383,7 @@ XYLDBTypes *XYLDBTypes::get() {
   XYLDBTypes *instance = g_instance.load(std::memory_order_acquire);
   if (instance != nullptr)
     return instance;
-  std::lock_guard<std::mutex> guard(g_creationLock);
+  XYLThreadGuard guard(creationLock());
   instance = g_instance.load(std::memory_order_relaxed);
   if (instance == nullptr) {
     // Nothing is published unless every table is complete; a failed creation

@@ -47,6 +47,7 @@
 #define XYLCORE_OBJECTFACTORY_XYLOBJECTFACTORY_H
 
 #include <XYLCore/ThreadPools/XYLThreadMonitor.h>
+#include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/XYLExport.h>
 
 #include <map>
@@ -115,7 +116,7 @@ private:
 
   // Class identifiers in pointer order.
   typedef std::map<const char *, LISTS_STRUCT *> ClassMap;
-  XYLThreadMonitor<ClassMap> m_classes;
+  XYLThreadMonitor<XYLThreadCriticalSection, ClassMap> m_classes;
 };
 
 #endif // XYLCORE_OBJECTFACTORY_XYLOBJECTFACTORY_H

@@ -36,6 +36,7 @@
 
 #include <XYLCore/ThreadPools/XYLList.h>
 #include <XYLCore/ThreadPools/XYLThreadMonitor.h>
+#include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/Threads/XYLThreadSemaphore.h>
 
 class XYL_API XYLSentinelQueue {
@@ -64,7 +65,7 @@ private:
   // Takes one count of the items semaphore within the timeout.
   bool takeItem(unsigned long timeout);
 
-  XYLThreadMonitor<XYLList<void *>> m_list;
+  XYLThreadMonitor<XYLThreadCriticalSection, XYLList<void *>> m_list;
   XYLThreadSemaphore m_items;
   XYLThreadSemaphore *m_pFreeSlots;
   unsigned long m_capacity;
