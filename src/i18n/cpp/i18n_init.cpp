@@ -8,6 +8,7 @@
 #include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_internalresources.h>
 #include <XYLCore/i18n/cpp/i18n_locale.h>
+#include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <unicode/uloc.h>
 
@@ -95,6 +96,10 @@ int I18NInitialize(void) {
         releaseAllLocked();
         return 0;
       }
+      // An installation that turns the ASCII fast path off gets strings
+      // that always hold UTF-16; a host's own choice to force that stays.
+      if (!I18NInternalResources::useAsciiFastPath())
+        I18NString::setForceUnicodeString(true);
     } catch (std::bad_alloc &) {
       releaseAllLocked();
       XYL_THROW(XYLOutOfMemoryError(0L, nullptr));

@@ -6,7 +6,9 @@
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
+#include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_internalresources.h>
+#include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <XYLFaultInjection.h>
 #include <gtest/gtest.h>
@@ -289,6 +291,19 @@ TEST_F(I18NResourceFileTest, PartialFileKeepsTheOtherDefaults) {
   EXPECT_EQ("Shift_JIS", encodingFor("ja-jp"));
   EXPECT_EQ("de-de", defaultFor("de"));
   EXPECT_NE(nullptr, std::unique_ptr<icu::Transliterator>(I18NInternalResources::getTransliterator()).get());
+}
+
+TEST_F(I18NResourceFileTest, StartUpForcesUnicodeStringsWhenTheFileTurnsTheFastPathOff) {
+  ScratchDir dir;
+  dir.write("res.xml", "<i18nResources><memoryManagement asciiFastPath='false'/></i18nResources>");
+  ASSERT_EQ(1, I18NInternalResources::load(dir.file("res.xml").c_str()));
+  ASSERT_FALSE(I18NString::isForceUnicodeString());
+  ASSERT_NE(0, I18NInitialize());
+  EXPECT_TRUE(I18NString::isForceUnicodeString());
+  EXPECT_TRUE(I18NString("plain ascii").isUnicodeMode());
+  I18NTerminate();
+  I18NString::setForceUnicodeString(false);
+  EXPECT_FALSE(I18NString("plain ascii").isUnicodeMode());
 }
 
 TEST_F(I18NResourceFileTest, CustomFileSetsEveryTable) {
