@@ -1,0 +1,32 @@
+# Installation: the library (with its SONAME) and headers are installed by
+# src/; this adds the CMake package, the pkg-config file and the data files
+# that the library finds beside itself (the internationalisation resources).
+include(CMakePackageConfigHelpers)
+
+set(XYL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/XYLCore)
+install(EXPORT XYLCoreTargets NAMESPACE XYLCore:: DESTINATION ${XYL_CMAKE_DIR})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/XYLCoreConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/XYLCoreConfig.cmake INSTALL_DESTINATION ${XYL_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/XYLCoreConfigVersion.cmake
+  VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/XYLCoreConfig.cmake ${PROJECT_BINARY_DIR}/XYLCoreConfigVersion.cmake
+  DESTINATION ${XYL_CMAKE_DIR})
+
+# Absolute directories in the .pc file, whatever form the install dirs take.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(XYL_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+else()
+  set(XYL_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+if(IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+  set(XYL_PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+else()
+  set(XYL_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+configure_file(${PROJECT_SOURCE_DIR}/cmake/xylcore.pc.in ${PROJECT_BINARY_DIR}/xylcore.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/xylcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The internationalisation layer reads its resource files from the directory
+# that holds the library.
+file(GLOB XYL_RESOURCE_FILES ${PROJECT_SOURCE_DIR}/resources/*.xml)
+install(FILES ${XYL_RESOURCE_FILES} DESTINATION ${CMAKE_INSTALL_LIBDIR})
