@@ -1,0 +1,125 @@
+// xyl msgc | msgdump: compile a message catalog source into a ".bmf" file,
+// and print a catalog back in the source format.
+#include "xyl_commands.h"
+#include "xyl_io.h"
+
+#include "Resources/XYLCatalogCompiler.h"
+#include "Resources/XYLCatalogReader.h"
+
+#include <XYLCore/Utility/XYLUtGetOpt.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace xyltool {
+
+namespace {
+
+// "dir/name.msg" gives "dir/name.bmf"; a name without extension gets one.
+std::string defaultOutput(const std::string &source) {
+  const std::string::size_type slash = source.find_last_of('/');
+  const std::string::size_type dot = source.find_last_of('.');
+  if (dot != std::string::npos && (slash == std::string::npos || dot > slash))
+    return source.substr(0, dot) + ".bmf";
+  return source + ".bmf";
+}
+
+bool readSource(const char *command, const std::string &path, std::string &text) {
+  std::FILE *in = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
+  if (in == nullptr) {
+    std::fprintf(stderr, "%s: cannot open %s: %s\n", command, path.c_str(), std::strerror(errno));
+    return false;
+  }
+  const bool ok = readAll(in, text);
+  const int error = errno;
+  if (in != stdin)
+    std::fclose(in);
+  if (!ok)
+    std::fprintf(stderr, "%s: cannot read %s: %s\n", command, path.c_str(), std::strerror(error));
+  return ok;
+}
+
+bool writeImage(const char *command, const std::string &path, const std::string &image) {
+  std::FILE *out = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+  if (out == nullptr) {
+    std::fprintf(stderr, "%s: cannot create %s: %s\n", command, path.c_str(), std::strerror(errno));
+    return false;
+  }
+  bool ok = writeAll(out, image.data(), image.size());
+  ok = (out == stdout ? std::fflush(out) : std::fclose(out)) == 0 && ok;
+  if (!ok)
+    std::fprintf(stderr, "%s: cannot write %s: %s\n", command, path.c_str(), std::strerror(errno));
+  return ok;
+}
+
+} // namespace
+
+int runMsgc(int argc, char **argv) {
+  if (wantsHelp(argc, argv))
+    return usage(*findCommand("msgc"));
+  XYLUtGetOpt options;
+  std::string output;
+  int c;
+  while ((c = options.getOpt(argc, argv, "o:")) > 0)
+    output = options.getOptArg();
+  const int first = options.getOptInd();
+  if (c == 0 || first + 1 != argc)
+    return usage(*findCommand("msgc"));
+  const std::string source = argv[first];
+  if (output.empty())
+    output = source == "-" ? "-" : defaultOutput(source);
+
+  std::string text;
+  if (!readSource(argv[0], source, text))
+    return kBadData;
+  std::vector<XYLCatalogEntry> entries;
+  std::string error;
+  std::string image;
+  if (!XYLCatalogCompiler::parse(text.data(), text.size(), entries, error) ||
+      !XYLCatalogCompiler::write(entries, image, error)) {
+    std::fprintf(stderr, "%s: %s: %s\n", argv[0], source.c_str(), error.c_str());
+    return kBadData;
+  }
+  return writeImage(argv[0], output, image) ? kSuccess : kBadData;
+}
+
+int runMsgdump(int argc, char **argv) {
+  if (wantsHelp(argc, argv) || argc != 2 || argv[1][0] == '-')
+    return usage(*findCommand("msgdump"));
+  XYLCatalogReader reader(true);
+  if (!reader.open(argv[1])) {
+    const XYLCatalogReader::Status status = reader.getStatus();
+    if (status == XYLCatalogReader::NotOpened || status == XYLCatalogReader::ReadFailed)
+      std::fprintf(stderr, "%s: %s: %s: %s\n", argv[0], argv[1], XYLCatalogReader::describe(status),
+                   std::strerror(static_cast<int>(reader.getErrorNumber())));
+    else
+      std::fprintf(stderr, "%s: %s: %s\n", argv[0], argv[1], XYLCatalogReader::describe(status));
+    return kBadData;
+  }
+  std::string out = "# " + std::to_string(reader.getCount()) + " messages\n";
+  int result = kSuccess;
+  for (unsigned int i = 0; i < reader.getCount(); ++i) {
+    unsigned int number = 0;
+    std::size_t length = 0;
+    const char *found = reader.getEntry(i, &number, &length);
+    if (found == nullptr) {
+      out += "# " + std::to_string(number) + ": text unavailable (outside the text area or not terminated)\n";
+      result = kBadData;
+      continue;
+    }
+    out += XYLCatalogCompiler::formatEntry(number, found, length);
+    out += '\n';
+  }
+  if (!writeAll(stdout, out.data(), out.size()) || std::fflush(stdout) != 0) {
+    std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
+    return kBadData;
+  }
+  if (result != kSuccess)
+    std::fprintf(stderr, "%s: %s: some texts are unavailable\n", argv[0], argv[1]);
+  return result;
+}
+
+} // namespace xyltool
