@@ -26,12 +26,15 @@ public:
 };
 
 // Raises XYLPluginException (severity Error) with `code`, the plain message
-// `message` (none when empty) and the operation's name as the trace text.
+// `message` and the operation's name as the trace text. A system text also
+// becomes the parameter of the catalog message for `code`; with none (the
+// system was not asked) the exception carries neither.
 [[noreturn]] void raisePluginError(long code, const std::string &message, const char *operation, int line) {
   XYLPluginException error(XYLSeverityError, code);
   if (!message.empty()) {
     const MessageCarrier carrier(XYLSeverityError, code, message.c_str());
     static_cast<XYLThrowable &>(error) = carrier;
+    error.addLocalizationMessage(message.c_str());
   }
   error.hurl(XYLFileLocation(XYL_SOURCE_FILE, line), operation, "XYL_THROW");
 }
