@@ -64,5 +64,83 @@ expect unknown-command 2 "" "" -- frobnicate
 "$xyl" demo >"$work/demo" && grep -q "unsquished back: identical" "$work/demo" && passed=$((passed + 1)) ||
   { failed=$((failed + 1)); echo "FAIL demo"; }
 
+# Intervals: English words built in, Russian plural words from the shipped
+# time-period files, both styles, and bad arguments.
+export QOR_EXEC_PATH="$(cd "$(dirname "$0")/../../resources" && pwd)"
+expect interval-long-en 0 " 1 year 2 months" "" -- interval --ym 1 2
+expect interval-short-en 0 "3 04:05:06.007" "" -- interval --style short 3 4 5 6 7
+expect interval-long-ru 0 " 22 дня 1 час 5 минут 21 секунда 0 миллисекунд" "" -- interval --locale ru 22 1 5 21 0
+expect interval-missing-value 2 "" "" -- interval 1 2 3 4
+expect interval-bad-style 2 "" "" -- interval --style medium 1 2 3 4 5
+expect interval-not-a-number 2 "" "" -- interval --ym 1 x
+unset QOR_EXEC_PATH
+
+# Message catalogs: msgc compiles a source, msgdump prints it back in the
+# same format, and compiling the dump gives the identical file.
+printf '# plug-in texts\n2 "Unload failed: {0}"\n0x80000000 caf\\u00e9 \\"q\\"\n1 "tab\\there\\nnext"\n' >"$work/m.msg"
+expect msgc-compile 0 "" "" -- msgc -o "$work/m.bmf" "$work/m.msg"
+expect msgdump-print 0 "# 3 messages
+1 \"tab\\there\\nnext\"
+2 \"Unload failed: {0}\"
+2147483648 \"café \\\"q\\\"\"" "" -- msgdump "$work/m.bmf"
+"$xyl" msgdump "$work/m.bmf" >"$work/m2.msg" && "$xyl" msgc "$work/m2.msg" && cmp -s "$work/m.bmf" "$work/m2.bmf" &&
+  passed=$((passed + 1)) || { failed=$((failed + 1)); echo "FAIL msgc(msgdump) round trip"; }
+printf '1 a\n1 b\n' >"$work/dup.msg"
+expect msgc-duplicate 1 "" "" -- msgc -o "$work/dup.bmf" "$work/dup.msg"
+grep -q "line 2: message number 1 already defined on line 1" "$work/stderr" && passed=$((passed + 1)) ||
+  { failed=$((failed + 1)); echo "FAIL msgc duplicate message"; }
+printf '5 x' | "$xyl" msgc - | cmp -s - <(printf 'BMF1\0\0\0\0\0\0\0\1\0\0\0\2\0\0\0\5\0\0\0\0\0\0\0\2x\0') &&
+  passed=$((passed + 1)) || { failed=$((failed + 1)); echo "FAIL msgc from standard input"; }
+expect msgc-no-source 2 "" "" -- msgc
+printf 'BMF10\0\0\0\0\0\0\0\0\0\0\0' >"$work/bad.bmf"
+expect msgdump-bad-magic 1 "" "" -- msgdump "$work/bad.bmf"
+expect msgdump-missing 1 "" "" -- msgdump "$work/no-such.bmf"
+
+# Encodings: each unconvertible-sequence mode, a bad source sequence, an
+# unknown encoding, and a stream larger than the tool's chunks round-tripping
+# through UTF-16; normal forms line by line.
+euro=$(printf 'caf\xc3\xa9 \xe2\x82\xac')
+expect convert-latin1-escape 0 "$(printf 'caf\xe9 %%U20AC')" "$euro" -- convert --from UTF-8 --to ISO-8859-1 --mode escape
+expect convert-latin1-stop 1 "" "$euro" -- convert --from UTF-8 --to ISO-8859-1 --mode stop
+expect convert-bad-input-stop 1 "" "$(printf 'x\xff')" -- convert --from UTF-8 --to UTF-16LE --mode stop
+expect convert-bad-input-substitute 0 "$(printf 'x\xef\xbf\xbd')" "$(printf 'x\xff')" -- convert --from UTF-8 --to UTF-8 --mode substitute
+expect convert-unknown-encoding 2 "" "" -- convert --from no-such-encoding --to UTF-8
+expect convert-missing-to 2 "" "" -- convert --from UTF-8
+expect convert-bad-mode 2 "" "" -- convert --from UTF-8 --to UTF-8 --mode loud
+head -c 300000 /dev/urandom | od -An -tx1 | sed 's/$/ é€𝄞/' >"$work/big.txt"
+"$xyl" convert --from UTF-8 --to UTF-16BE <"$work/big.txt" | "$xyl" convert --from UTF-16BE --to UTF-8 |
+  cmp -s - "$work/big.txt" && passed=$((passed + 1)) || { failed=$((failed + 1)); echo "FAIL convert round trip"; }
+expect normalize-nfc 0 "$(printf '\xc3\xa9\n\xef\xac\x81')" "$(printf 'e\xcc\x81\n\xef\xac\x81')" -- normalize --form NFC
+expect normalize-nfkd 0 "$(printf 'fi\ne\xcc\x81')" "$(printf '\xef\xac\x81\n\xc3\xa9')" -- normalize --form NFKD
+expect normalize-bad-form 2 "" "" -- normalize --form NFX
+
+# Number and date formats: locale defaults, an OLAP string with a zero
+# section, exact digit buffers, a zone; bad values and patterns.
+expect format-number-de 0 "$(printf '1.234.567,891\n-0,5')" "" -- format-number --locale de-de 1234567.891 -0.5
+expect format-number-olap 0 "$(printf '($1,234.50)\nnil')" "" -- format-number --pattern '\$#,##0.00;(\$#,##0.00);"nil"' -1234.5 0
+expect format-number-exact 0 "12,345,678,901,234,567,890.12" "" -- format-number --pattern '#,##0.00' 12345678901234567890.123
+expect format-number-bad-value 1 "" "" -- format-number 12abc
+expect format-number-bad-pattern 1 "" "" -- format-number --pattern '0"x' 1
+expect format-number-no-value 2 "" "" -- format-number --locale en-us
+expect format-date-zone 0 "2009-02-14 00:31:30.123 +01:00" "" -- format-date --pattern 'yyyy-MM-dd HH:mm:ss.SSS xxx' --zone Europe/Paris 1234567890123
+expect format-date-de 0 "Freitag, 13. Februar 2009" "" -- format-date --locale de-de --pattern 'EEEE, d. MMMM y' 1234567890123
+expect format-date-bad-zone 1 "" "" -- format-date --zone Mars/Base 0
+expect format-date-bad-value 2 "" "" -- format-date 12abc
+
+# Collation: Swedish puts a-umlaut after z, German does not; level 0 keeps
+# the input order of lines equal but for case; bad locale and level.
+expect sort-sv 0 "$(printf 'apa\nzebra\n\xc3\xa4lg')" "$(printf '\xc3\xa4lg\nzebra\napa\n')" -- sort --locale sv
+expect sort-de 0 "$(printf '\xc3\xa4lg\napa\nzebra')" "$(printf '\xc3\xa4lg\nzebra\napa')" -- sort --locale de
+expect sort-level0-stable 0 "$(printf 'A\nb\nB\nb')" "$(printf 'b\nB\nb\nA')" -- sort --locale en-us --level 0
+expect sort-level2-case 0 "$(printf 'A\nb\nb\nB')" "$(printf 'b\nB\nb\nA')" -- sort --locale en-us --level 2
+expect sort-bad-locale 2 "" "x" -- sort --locale 'en_US@colCaseFirst=what'
+expect sort-bad-level 2 "" "x" -- sort --locale en-us --level 4
+expect sort-no-locale 2 "" "x" -- sort
+expect sort-bad-utf8 1 "" "$(printf 'b\n\xff\xfe')" -- sort --locale en
+# Visual order: a Hebrew run reversed inside English, brackets not mirrored.
+expect bidi-mixed 0 "$(printf 'abc \xd7\x92\xd7\x91\xd7\x90 def')" "$(printf 'abc \xd7\x90\xd7\x91\xd7\x92 def')" -- bidi
+expect bidi-rtl-brackets 0 "$(printf ')\xd7\x92(\xd7\x91\xd7\x90\nplain')" "$(printf '\xd7\x90\xd7\x91(\xd7\x92)\nplain')" -- bidi
+expect bidi-operand 2 "" "" -- bidi extra
+
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

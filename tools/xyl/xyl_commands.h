@@ -19,7 +19,16 @@ int runSquish(int argc, char **argv);
 int runUnsquish(int argc, char **argv);
 int runCrc32(int argc, char **argv);
 int runDemo(int argc, char **argv);
+int runConvert(int argc, char **argv);
+int runNormalize(int argc, char **argv);
 int runCrash(int argc, char **argv);
+int runMsgc(int argc, char **argv);
+int runMsgdump(int argc, char **argv);
+int runInterval(int argc, char **argv);
+int runFormatNumber(int argc, char **argv);
+int runFormatDate(int argc, char **argv);
+int runSort(int argc, char **argv);
+int runBidi(int argc, char **argv);
 
 // Every command, in the order `xyl --help` lists them.
 const Command *commands(int *count);
