@@ -12,7 +12,10 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/XYLCoreConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/XYLCoreConfig.cmake ${PROJECT_BINARY_DIR}/XYLCoreConfigVersion.cmake
   DESTINATION ${XYL_CMAKE_DIR})
 
-# Absolute directories in the .pc file, whatever form the install dirs take.
+# The .pc file names its prefix relative to where it lies, so an installation
+# can be moved (or installed with --prefix) and still be found.
+file(RELATIVE_PATH XYL_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" XYL_PC_TO_PREFIX "${XYL_PC_TO_PREFIX}")
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
   set(XYL_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
 else()
