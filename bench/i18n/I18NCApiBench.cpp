@@ -3,22 +3,16 @@
 // with the needle at its end, and a short Unicode-mode one). The difference
 // of the pairs' times is the frame's cost per call.
 // Figures only: nothing here passes or fails on speed.
+#include "I18NBenchSupport.h"
+
 #include <XYLCore/i18n/c/i18n_c.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <benchmark/benchmark.h>
 
 #include <string>
-#include <thread>
 
 namespace {
-
-struct Setup {
-  Setup() {
-    std::thread([] {}).join();
-    I18NInitialize();
-  }
-} gSetup;
 
 struct Texts {
   I18NString *haystack;

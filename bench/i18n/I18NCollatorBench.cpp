@@ -2,6 +2,8 @@
 // ucol_strcoll on the same UTF-16 data, for German and Japanese word pairs;
 // and I18NBidi's visual string of a mixed line against ubidi_writeReordered.
 // Figures only: nothing here passes or fails on speed.
+#include "I18NBenchSupport.h"
+
 #include <XYLCore/i18n/cpp/i18n_bidi.h>
 #include <XYLCore/i18n/cpp/i18n_collator.h>
 #include <XYLCore/i18n/cpp/i18n_init.h>
@@ -13,17 +15,9 @@
 #include <unicode/unistr.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
-
-struct Setup {
-  Setup() {
-    std::thread([] {}).join();
-    I18NInitialize();
-  }
-} gSetup;
 
 const char *const kGerman[] = {"M\xC3\xBCller",
                                "Mueller",

@@ -2,6 +2,8 @@
 // and returned vs ucnv_open + ucnv_close of the same encoding; opening and
 // cloning windows-1252; UTF-8 to UTF-16 through a converter vs ICU's
 // u_strFromUTF8 and ucnv_toUChars.
+#include "I18NBenchSupport.h"
+
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 #include <XYLCore/i18n/cpp/i18n_init.h>
 
@@ -10,20 +12,9 @@
 #include <unicode/ustring.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
-
-// The layer is initialised for the whole run (prototypes and pools exist).
-// One extra thread is started first: glibc skips atomics in single-threaded
-// processes, which would flatter the locks.
-struct Setup {
-  Setup() {
-    std::thread([] {}).join();
-    I18NInitialize();
-  }
-} gSetup;
 
 void BM_XylPooledTakeReturn_UTF8(benchmark::State &state) {
   for (auto _ : state) {

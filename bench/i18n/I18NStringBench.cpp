@@ -4,6 +4,8 @@
 //  - mixed non-ASCII UTF-8 to a string vs u_strFromUTF8, and back vs u_strToUTF8;
 //  - find, length and erase on ASCII text vs std::string.
 // Figures only: nothing here passes or fails on speed.
+#include "I18NBenchSupport.h"
+
 #include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
@@ -13,19 +15,9 @@
 
 #include <cstdlib>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
-
-// The layer is initialised for the whole run, as in a server; one extra
-// thread first, so that glibc does not skip its atomics.
-struct Setup {
-  Setup() {
-    std::thread([] {}).join();
-    I18NInitialize();
-  }
-} gSetup;
 
 std::string asciiText(size_t n) {
   static const char kWords[] = "GET /api/v1/items?id=42&sort=name HTTP/1.1 Host: example.org Accept: text/plain ";

@@ -3,6 +3,7 @@
 // posix/XYLFmFile_posix.inc are included at the end.
 #include <XYLCore/FileManagement/XYLFmFile.h>
 
+#include "XYLFmFileOps_internal.h"
 #include "XYLFmOS_internal.h"
 #include "XYLFmText_internal.h"
 
@@ -36,26 +37,14 @@ XYLFmFile::XYLFmFile() : m_hFile(xyl_fm_os::kNoHandle), m_iStdHandle(0), m_ulLas
 XYLFmFile::~XYLFmFile() { XYLFmFile::close(); }
 
 long XYLFmFile::read(void *buffer, unsigned long count) {
-  if (m_hFile == xyl_fm_os::kNoHandle)
-    return -1;
-  const long long n = xyl_fm_os::readFile(m_hFile, buffer, count);
-  if (n < 0) {
-    logLastError();
-    return -1;
-  }
+  const long long n = xyl_fm::readData(m_hFile, buffer, count, [this] { logLastError(); });
   if (n == 0)
     m_ulLastError = END_OF_FILE_ERROR;
   return static_cast<long>(n);
 }
 
 long XYLFmFile::write(const void *buffer, unsigned long count) {
-  if (m_hFile == xyl_fm_os::kNoHandle)
-    return -1;
-  bool failed = false;
-  const long long n = xyl_fm_os::writeFile(m_hFile, buffer, count, failed);
-  if (failed)
-    logLastError();
-  return static_cast<long>(n);
+  return xyl_fm::writeData(m_hFile, buffer, count, [this] { logLastError(); });
 }
 
 long XYLFmFile::seek(long offset, seekorigin origin) {
@@ -86,117 +75,40 @@ long XYLFmFile::seek(long offset, seekorigin origin) {
 }
 
 int XYLFmFile::append(XYLFmFile &other) {
-  if (m_hFile == xyl_fm_os::kNoHandle) {
-    m_ulLastError = xyl_fm_os::errorBadHandle();
-    return 0;
-  }
-  if (xyl_fm_os::seekFile(m_hFile, 0, seekEnd) < 0) {
-    logLastError();
-    return 0;
-  }
-  char chunk[1024];
-  for (;;) {
-    const long n = other.read(chunk, sizeof chunk);
-    if (n == 0)
-      return 1;
-    if (n < 0) {
-      // A closed source records nothing of its own.
-      const unsigned long error = other.getLastErrorNumber();
-      m_ulLastError = error != 0 ? error : xyl_fm_os::errorBadHandle();
-      return 0;
-    }
-    if (write(chunk, static_cast<unsigned long>(n)) != n)
-      return 0; // write recorded the error
-  }
+  return xyl_fm::appendData(*this, other, m_hFile, m_ulLastError, [this] { logLastError(); });
 }
 
 int XYLFmFile::open(stdiotypes stream) {
-  if (close() == 0)
-    return 0;
-  switch (stream) {
-  case stdInput:
-  case stdOutput:
-  case stdError:
-    m_hFile = xyl_fm_os::standardHandle(stream);
-    m_iStdHandle = 1;
-    return 1;
-  default:
-    return 0;
-  }
+  return close() != 0 ? xyl_fm::openStandard(m_hFile, m_iStdHandle, stream) : 0;
 }
 
 int XYLFmFile::open(const char *path, createmode mode, int readOnly) {
-  if (close() == 0)
-    return 0;
-  const int handle = xyl_fm_os::openFile(path, mode, readOnly != 0);
-  if (handle == xyl_fm_os::kNoHandle) {
-    logLastError();
-    return 0;
-  }
-  m_hFile = handle;
-  return 1;
+  return close() != 0 ? xyl_fm::openPath(m_hFile, path, mode, readOnly, [this] { logLastError(); }) : 0;
 }
 
 int XYLFmFile::open(const I18NString &path, createmode mode, int readOnly) {
-  std::string native;
-  if (!xyl_fm::toNativePath(path, native)) {
-    logLastError();
-    return 0;
-  }
-  return open(native.c_str(), mode, readOnly);
+  return xyl_fm::openI18NPath(*this, path, mode, readOnly, [this] { logLastError(); });
 }
 
 int XYLFmFile::close() {
-  if (m_hFile == xyl_fm_os::kNoHandle)
-    return 1;
-  const int handle = m_hFile;
-  const int standard = m_iStdHandle;
-  m_hFile = xyl_fm_os::kNoHandle;
-  m_iStdHandle = 0;
-  if (standard != 0)
-    return 1;
-  if (!xyl_fm_os::closeFile(handle)) {
-    logLastError();
-    return 0;
-  }
-  return 1;
+  return xyl_fm::closeHandle(m_hFile, m_iStdHandle, [this] { logLastError(); });
 }
 
 long XYLFmFile::getLength() {
-  if (m_hFile == xyl_fm_os::kNoHandle)
-    return -1;
-  const long long size = xyl_fm_os::fileSize(m_hFile);
-  if (size < 0) {
-    logLastError();
-    return -1;
-  }
-  return static_cast<long>(size & 0xFFFFFFFFLL);
+  const long long size = xyl_fm::lengthOf(m_hFile, [this] { logLastError(); });
+  return size < 0 ? -1 : static_cast<long>(size & 0xFFFFFFFFLL);
 }
 
 int XYLFmFile::flush() {
-  if (m_hFile == xyl_fm_os::kNoHandle)
-    return 0;
-  if (!xyl_fm_os::syncFile(m_hFile)) {
-    logLastError();
-    return 0;
-  }
-  return 1;
+  return xyl_fm::flushData(m_hFile, [this] { logLastError(); });
 }
 
 int XYLFmFile::truncate(long length) {
-  if (m_hFile == xyl_fm_os::kNoHandle) {
-    m_ulLastError = xyl_fm_os::errorBadHandle();
-    return 0;
-  }
-  if (length < 0 || length > kMaxPosition32) {
+  if (m_hFile != xyl_fm_os::kNoHandle && (length < 0 || length > kMaxPosition32)) {
     m_ulLastError = xyl_fm_os::errorInvalidArgument();
     return 0;
   }
-  if (xyl_fm_os::seekFile(m_hFile, length, seekBegin) < 0 || !xyl_fm_os::truncateFile(m_hFile, length)) {
-    logLastError();
-    return 0;
-  }
-  return 1;
+  return xyl_fm::truncateAt(m_hFile, length, m_ulLastError, [this] { logLastError(); });
 }
 
 unsigned long XYLFmFile::getLastErrorNumber() const { return m_ulLastError; }

@@ -264,6 +264,25 @@ void traceBadList(const AttrKind &kind, const ScannedAttrs &attrs) {
     traceLine("[A]%s(%s )", kind.function, attrs.echo);
 }
 
+// The common start of a create call: clears *outP, then checks in this
+// order: QORTHREAD_BADPARM without an out-pointer, QORTHREAD_BADATTRIB for a
+// bad list, `refusal` when that is not QORTHREAD_OK (a value out of range),
+// QORTHREAD_NOMEM when no record can be made. `record` is set only with
+// QORTHREAD_OK.
+template <class Rec> int beginCreate(Rec **outP, const ScannedAttrs &attrs, Rec *&record, int refusal = QORTHREAD_OK) {
+  record = nullptr;
+  if (outP != nullptr)
+    *outP = nullptr;
+  if (outP == nullptr)
+    return QORTHREAD_BADPARM;
+  if (attrs.bad)
+    return QORTHREAD_BADATTRIB;
+  if (refusal != QORTHREAD_OK)
+    return refusal;
+  record = newRecord<Rec>();
+  return record != nullptr ? QORTHREAD_OK : QORTHREAD_NOMEM;
+}
+
 // ---- state changes and traps -------------------------------------------------
 
 void sweepDeadTraps(QorThreadRec_ *thread) {
@@ -907,16 +926,8 @@ int qorThreadMutexCreate(QorMutex_ *mP, ...) {
   va_start(ap, mP);
   scanAttributes(kMutexAttrs, ap, attrs);
   va_end(ap);
-  if (mP != nullptr)
-    *mP = nullptr;
-  int rc = QORTHREAD_OK;
   QorMutexRec_ *m = nullptr;
-  if (mP == nullptr)
-    rc = QORTHREAD_BADPARM;
-  else if (attrs.bad)
-    rc = QORTHREAD_BADATTRIB;
-  else if ((m = newRecord<QorMutexRec_>()) == nullptr)
-    rc = QORTHREAD_NOMEM;
+  int rc = beginCreate(mP, attrs, m);
   if (rc == QORTHREAD_OK) {
     m->criticalSection = attrs.has(QorMutexAttrCriticalSection) ? 1 : 0;
     m->autoUnlock = attrs.has(QorMutexAttrAutoUnlock) ? 1 : 0;
@@ -1046,18 +1057,8 @@ int qorThreadSemaphoreCreate(QorSemaphore_ *sP, unsigned int initialCount, ...) 
   va_start(ap, initialCount);
   scanAttributes(kSemaphoreAttrs, ap, attrs);
   va_end(ap);
-  if (sP != nullptr)
-    *sP = nullptr;
-  int rc = QORTHREAD_OK;
   QorSemaphoreRec_ *s = nullptr;
-  if (sP == nullptr)
-    rc = QORTHREAD_BADPARM;
-  else if (attrs.bad)
-    rc = QORTHREAD_BADATTRIB;
-  else if (initialCount > kSemaphoreMaximum)
-    rc = QORTHREAD_ERROR;
-  else if ((s = newRecord<QorSemaphoreRec_>()) == nullptr)
-    rc = QORTHREAD_NOMEM;
+  int rc = beginCreate(sP, attrs, s, initialCount > kSemaphoreMaximum ? QORTHREAD_ERROR : QORTHREAD_OK);
   if (rc == QORTHREAD_OK) {
     qor_os::semInit(&s->os, initialCount, kSemaphoreMaximum);
     s->traceObj = attrs.traceObj();
@@ -1194,16 +1195,8 @@ int qorThreadConditionCreate(QorCondition_ *cvP, ...) {
   va_start(ap, cvP);
   scanAttributes(kConditionAttrs, ap, attrs);
   va_end(ap);
-  if (cvP != nullptr)
-    *cvP = nullptr;
-  int rc = QORTHREAD_OK;
   QorConditionRec_ *cv = nullptr;
-  if (cvP == nullptr)
-    rc = QORTHREAD_BADPARM;
-  else if (attrs.bad)
-    rc = QORTHREAD_BADATTRIB;
-  else if ((cv = newRecord<QorConditionRec_>()) == nullptr)
-    rc = QORTHREAD_NOMEM;
+  int rc = beginCreate(cvP, attrs, cv);
   if (rc == QORTHREAD_OK) {
     rc = conditionInit(cv);
     if (rc != QORTHREAD_OK) {
@@ -1276,16 +1269,8 @@ int qorThreadEventCreate(QorEvent_ *eventP, int manualReset, int setSignaled, ..
   va_start(ap, setSignaled);
   scanAttributes(kEventAttrs, ap, attrs);
   va_end(ap);
-  if (eventP != nullptr)
-    *eventP = nullptr;
-  int rc = QORTHREAD_OK;
   QorEventRec_ *event = nullptr;
-  if (eventP == nullptr)
-    rc = QORTHREAD_BADPARM;
-  else if (attrs.bad)
-    rc = QORTHREAD_BADATTRIB;
-  else if ((event = newRecord<QorEventRec_>()) == nullptr)
-    rc = QORTHREAD_NOMEM;
+  int rc = beginCreate(eventP, attrs, event);
   if (rc == QORTHREAD_OK) {
     qor_os::eventInit(&event->os, manualReset, setSignaled);
     event->traceObj = attrs.traceObj();
@@ -1448,16 +1433,8 @@ int qorThreadRWLockCreate(QorRWLock_ *rwP, ...) {
   va_start(ap, rwP);
   scanAttributes(kRWLockAttrs, ap, attrs);
   va_end(ap);
-  if (rwP != nullptr)
-    *rwP = nullptr;
-  int rc = QORTHREAD_OK;
   QorRWLockRec_ *rw = nullptr;
-  if (rwP == nullptr)
-    rc = QORTHREAD_BADPARM;
-  else if (attrs.bad)
-    rc = QORTHREAD_BADATTRIB;
-  else if ((rw = newRecord<QorRWLockRec_>()) == nullptr)
-    rc = QORTHREAD_NOMEM;
+  int rc = beginCreate(rwP, attrs, rw);
   if (rc == QORTHREAD_OK) {
     rc = qor_os::mutexInit(&rw->guard, QorOsMutexPlain);
     if (rc == QORTHREAD_OK) {

@@ -1,4 +1,5 @@
 #include "Resources/XYLCatalogCompiler.h"
+#include "Utility/XYLUtHex_internal.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -60,15 +61,7 @@ void appendUtf8(std::string &out, unsigned int value) {
   }
 }
 
-int hexValue(char c) {
-  if (c >= '0' && c <= '9')
-    return c - '0';
-  if (c >= 'a' && c <= 'f')
-    return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F')
-    return c - 'A' + 10;
-  return -1;
-}
+using xyl_ut::hexValue;
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 

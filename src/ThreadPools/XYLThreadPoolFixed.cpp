@@ -2,10 +2,10 @@
 // hands it the task through the worker's private queue.
 #include <XYLCore/ThreadPools/XYLThreadPoolFixed.h>
 
+#include "XYLThreadPool_internal.h"
+
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Threads/XYLThread.h>
-
-#include <new>
 
 namespace {
 const unsigned long kForever = 0xFFFFFFFFul;
@@ -18,14 +18,7 @@ public:
   explicit WorkerThread(XYLThreadPoolFixed *pool) : XYLThread(nullptr), m_pPool(pool), m_tasks(0) {}
 
   // Waits for the thread before the private queue goes away.
-  ~WorkerThread() override {
-    try {
-      join();
-    } catch (...) {
-      // The thread ended by an exception of its task; the base destructor
-      // releases what is left of it.
-    }
-  }
+  ~WorkerThread() override { xyl_pool::joinWorker(*this); }
 
   void run() override { m_pPool->processTasks(this); }
 
@@ -49,19 +42,7 @@ private:
 XYLThreadPoolFixed::XYLThreadPoolFixed(unsigned long count)
     : m_workerCount(count), m_stopWork(0), m_workers(), m_idleWorkers(0) {
   try {
-    for (unsigned long i = 0; i < count; ++i) {
-      WorkerThread *worker = new (std::nothrow) WorkerThread(this);
-      if (worker == nullptr)
-        XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-      try {
-        m_workers.push_front(worker);
-      } catch (std::bad_alloc &) {
-        delete worker;
-        XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-      }
-      if (m_stopWork.load() == 0)
-        worker->start();
-    }
+    xyl_pool::startWorkers<WorkerThread>(this, count, m_workers, m_stopWork);
   } catch (...) {
     shutdown();
     throw;

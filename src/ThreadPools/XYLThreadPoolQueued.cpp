@@ -2,10 +2,10 @@
 // looking at it at least every POLL_INTERVAL milliseconds.
 #include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>
 
+#include "XYLThreadPool_internal.h"
+
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Threads/XYLThread.h>
-
-#include <new>
 
 const unsigned long XYLThreadPoolQueued::POLL_INTERVAL;
 
@@ -13,14 +13,7 @@ class XYLThreadPoolQueued::WorkerThread : public XYLThread {
 public:
   explicit WorkerThread(XYLThreadPoolQueued *pool) : XYLThread(nullptr), m_pPool(pool) {}
 
-  ~WorkerThread() override {
-    try {
-      join();
-    } catch (...) {
-      // The thread ended by an exception of its task; the base destructor
-      // releases what is left of it.
-    }
-  }
+  ~WorkerThread() override { xyl_pool::joinWorker(*this); }
 
   void run() override { m_pPool->processTasks(); }
 
@@ -31,19 +24,7 @@ private:
 XYLThreadPoolQueued::XYLThreadPoolQueued(unsigned long count, unsigned long capacity, int drain)
     : m_workerCount(count), m_stopWork(0), m_capacity(capacity), m_drain(drain), m_workers(), m_tasks(capacity) {
   try {
-    for (unsigned long i = 0; i < count; ++i) {
-      WorkerThread *worker = new (std::nothrow) WorkerThread(this);
-      if (worker == nullptr)
-        XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-      try {
-        m_workers.push_front(worker);
-      } catch (std::bad_alloc &) {
-        delete worker;
-        XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-      }
-      if (m_stopWork.load() == 0)
-        worker->start();
-    }
+    xyl_pool::startWorkers<WorkerThread>(this, count, m_workers, m_stopWork);
   } catch (...) {
     shutdown();
     throw;

@@ -12,6 +12,24 @@ void check(I18NErrorCodes code) {
   if (code != I18N_SUCCESS)
     raiseCode(code);
 }
+
+// The buffer forms of the conversions: clears *target, then hands over what
+// `convert(converter, &bytes, &code)` made; the length in bytes.
+template <class Unit, class Convert>
+int convertToBuffer(I18NConverterHandle converter, Unit **target, I18NErrorCodes *error, Convert convert) {
+  if (target != nullptr)
+    *target = nullptr;
+  return guardLength(error, [&]() {
+    I18NConverter &c = obj(converter);
+    need(target);
+    I18NErrorCodes code = I18N_SUCCESS;
+    int bytes = 0;
+    Unit *out = convert(c, &bytes, &code);
+    check(code);
+    *target = out;
+    return bytes;
+  });
+}
 } // namespace
 
 // ---- Converter ------------------------------------------------------------------
@@ -36,17 +54,8 @@ int i18nConverterToUnicode(I18NConverterHandle converter, const char *source, in
 int i18nConverterToUnicodeWithAllocator(I18NConverterHandle converter, const char *source, int sourceLength,
                                         unsigned short **target, I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator,
                                         void *context, I18NErrorCodes *error) {
-  if (target != nullptr)
-    *target = nullptr;
-  return guardLength(error, [&]() {
-    I18NConverter &c = obj(converter);
-    need(target);
-    I18NErrorCodes code = I18N_SUCCESS;
-    int bytes = 0;
-    unsigned short *units = c.toUnicode(source, sourceLength, &bytes, allocator, context, &code);
-    check(code);
-    *target = units;
-    return bytes;
+  return convertToBuffer(converter, target, error, [&](I18NConverter &c, int *bytes, I18NErrorCodes *code) {
+    return c.toUnicode(source, sourceLength, bytes, allocator, context, code);
   });
 }
 
@@ -70,17 +79,8 @@ int i18nConverterFromUnicode(I18NConverterHandle converter, const unsigned short
 int i18nConverterFromUnicodeWithAllocator(I18NConverterHandle converter, const unsigned short *source, int sourceBytes,
                                           char **target, I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *context,
                                           I18NErrorCodes *error) {
-  if (target != nullptr)
-    *target = nullptr;
-  return guardLength(error, [&]() {
-    I18NConverter &c = obj(converter);
-    need(target);
-    I18NErrorCodes code = I18N_SUCCESS;
-    int bytes = 0;
-    char *out = c.fromUnicode(source, sourceBytes, &bytes, allocator, context, &code);
-    check(code);
-    *target = out;
-    return bytes;
+  return convertToBuffer(converter, target, error, [&](I18NConverter &c, int *bytes, I18NErrorCodes *code) {
+    return c.fromUnicode(source, sourceBytes, bytes, allocator, context, code);
   });
 }
 

@@ -1,4 +1,6 @@
 // I18NDateTimeFormat: ICU's SimpleDateFormat over a Gregorian calendar.
+#include "i18n/cpp/i18n_format_support.h"
+
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_datetimeformat.h>
 
@@ -14,20 +16,6 @@
 #include <string>
 
 namespace {
-
-[[noreturn]] void raiseFailure(const std::string &message) {
-  XYL_THROW(I18NRuntimeError(static_cast<long>(I18N_GENERAL_FAILURE), message.c_str()));
-}
-
-[[noreturn]] void raiseOutOfMemory() { XYL_THROW(XYLOutOfMemoryError(-1L, "malloc failed to allocate memory.")); }
-
-std::string utf8(const icu::UnicodeString &text) {
-  std::string out;
-  text.toUTF8String(out);
-  return out;
-}
-
-void appendResult(I18NString &out, const icu::UnicodeString &text) { out.append(I18NString(text)); }
 
 // Closed quotes, and every unquoted ASCII letter a field letter.
 bool isValidPattern(const icu::UnicodeString &pattern) {
@@ -118,20 +106,10 @@ I18NDateTimeFormat::I18NDateTimeFormat() : m_pImpl(createImpl(I18NLocale(I18NLoc
 
 I18NDateTimeFormat::I18NDateTimeFormat(const I18NLocale &locale) : m_pImpl(createImpl(locale)) {}
 
-I18NDateTimeFormat::I18NDateTimeFormat(const I18NDateTimeFormat &other) : m_pImpl(nullptr) {
-  m_pImpl = new (std::nothrow) xI18NDateTimeFormat(*other.m_pImpl);
-  if (m_pImpl == nullptr)
-    raiseOutOfMemory();
-}
+I18NDateTimeFormat::I18NDateTimeFormat(const I18NDateTimeFormat &other) : m_pImpl(copyImpl(*other.m_pImpl)) {}
 
 I18NDateTimeFormat &I18NDateTimeFormat::operator=(const I18NDateTimeFormat &other) {
-  if (this != &other) {
-    auto *copy = new (std::nothrow) xI18NDateTimeFormat(*other.m_pImpl);
-    if (copy == nullptr)
-      raiseOutOfMemory();
-    delete m_pImpl;
-    m_pImpl = copy;
-  }
+  assignImpl(m_pImpl, *other.m_pImpl);
   return *this;
 }
 

@@ -63,6 +63,16 @@ unsigned long magnitude(long value) {
   return value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
 }
 
+// From a catch handler: passes the exception on, std::bad_alloc as
+// XYLOutOfMemoryError.
+[[noreturn]] void rethrowAsLibraryError() {
+  try {
+    throw;
+  } catch (std::bad_alloc &) {
+    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
+  }
+}
+
 } // namespace
 
 // The words of one locale, resolved per unit and form, with the plural
@@ -117,14 +127,10 @@ I18NIntervalFormat::I18NIntervalFormat(const I18NLocale &locale, I18NIntervalFor
   try {
     applyLocaleDefaults();
     loadResources();
-  } catch (std::bad_alloc &) {
-    freePieces();
-    delete m_pWords;
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
   } catch (...) {
     freePieces();
     delete m_pWords;
-    throw;
+    rethrowAsLibraryError();
   }
 }
 
@@ -137,14 +143,10 @@ I18NIntervalFormat::I18NIntervalFormat(const I18NIntervalFormat &other)
   try {
     m_pWords = new xI18NIntervalWords(*other.m_pWords);
     copyPieces(other);
-  } catch (std::bad_alloc &) {
-    freePieces();
-    delete m_pWords;
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
   } catch (...) {
     freePieces();
     delete m_pWords;
-    throw;
+    rethrowAsLibraryError();
   }
 }
 

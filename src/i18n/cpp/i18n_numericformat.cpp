@@ -1,5 +1,6 @@
 // I18NNumericFormat: ICU's DecimalFormat with the OLAP format strings and
 // an optional zero section on top.
+#include "i18n/cpp/i18n_format_support.h"
 #include "i18n/cpp/i18n_olapformat.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
@@ -17,37 +18,6 @@
 #include <string>
 
 namespace {
-
-[[noreturn]] void raiseFailure(const std::string &message) {
-  XYL_THROW(I18NRuntimeError(static_cast<long>(I18N_GENERAL_FAILURE), message.c_str()));
-}
-
-[[noreturn]] void raiseOutOfMemory() { XYL_THROW(XYLOutOfMemoryError(-1L, "malloc failed to allocate memory.")); }
-
-std::string utf8(const icu::UnicodeString &text) {
-  std::string out;
-  text.toUTF8String(out);
-  return out;
-}
-
-// Appends ICU's result: ASCII text through the string's byte path (no
-// Unicode form is made), anything else through a Unicode copy.
-void appendResult(I18NString &out, const icu::UnicodeString &text) {
-  int32_t n = text.length();
-  if (n < 64) {
-    char bytes[64];
-    const UChar *units = text.getBuffer();
-    int32_t i = 0;
-    for (; i < n && units[i] < 0x80; ++i)
-      bytes[i] = static_cast<char>(units[i]);
-    if (i == n) {
-      bytes[n] = '\0';
-      out.append(bytes);
-      return;
-    }
-  }
-  out.append(I18NString(text));
-}
 
 // Everything a compiled pattern needs to format.
 struct Compiled {
@@ -250,20 +220,10 @@ I18NNumericFormat::I18NNumericFormat() : m_pImpl(createImpl(I18NLocale(I18NLocal
 
 I18NNumericFormat::I18NNumericFormat(const I18NLocale &locale) : m_pImpl(createImpl(locale)) {}
 
-I18NNumericFormat::I18NNumericFormat(const I18NNumericFormat &other) : m_pImpl(nullptr) {
-  m_pImpl = new (std::nothrow) xI18NNumericFormat(*other.m_pImpl);
-  if (m_pImpl == nullptr)
-    raiseOutOfMemory();
-}
+I18NNumericFormat::I18NNumericFormat(const I18NNumericFormat &other) : m_pImpl(copyImpl(*other.m_pImpl)) {}
 
 I18NNumericFormat &I18NNumericFormat::operator=(const I18NNumericFormat &other) {
-  if (this != &other) {
-    auto *copy = new (std::nothrow) xI18NNumericFormat(*other.m_pImpl);
-    if (copy == nullptr)
-      raiseOutOfMemory();
-    delete m_pImpl;
-    m_pImpl = copy;
-  }
+  assignImpl(m_pImpl, *other.m_pImpl);
   return *this;
 }
 

@@ -1,5 +1,7 @@
 // Tests of src/i18n/cpp/i18n_datetimeformat.cpp: default pattern, epoch and
 // calendar-field formatting in several zones, pattern validation, names.
+#include "I18NTestSupport.h"
+
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_datetimeformat.h>
 #include <XYLCore/i18n/cpp/i18n_init.h>
@@ -11,28 +13,11 @@
 
 namespace {
 
-std::string text(const I18NString &s) {
-  std::string out;
-  s.getUnicodeString().toUTF8String(out);
-  return out;
-}
+using i18ntest::make;
+using i18ntest::raisedCode;
+using i18ntest::text;
 
-I18NString make(const char *utf8) { return I18NString(utf8, "UTF-8"); }
-
-template <typename F> long raisedCode(F action) {
-  try {
-    action();
-  } catch (I18NRuntimeError &e) {
-    return e.getErrorCode();
-  }
-  return 0;
-}
-
-class I18NDateTimeFormatTest : public ::testing::Test {
-protected:
-  void SetUp() override { ASSERT_NE(0, I18NInitialize()); }
-  void TearDown() override { I18NTerminate(); }
-};
+class I18NDateTimeFormatTest : public i18ntest::InitializedTest {};
 
 const char *const kIso = "yyyy-MM-dd HH:mm:ss.SSS";
 

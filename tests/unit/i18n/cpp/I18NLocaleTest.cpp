@@ -18,19 +18,10 @@
 
 namespace {
 
-std::string text(const I18NString &s) {
-  std::string out;
-  s.getUnicodeString().toUTF8String(out);
-  return out;
-}
+using i18ntest::make;
+using i18ntest::text;
 
-I18NString make(const char *utf8) { return I18NString(utf8, "UTF-8"); }
-
-class I18NLocaleTest : public ::testing::Test {
-protected:
-  void SetUp() override { ASSERT_NE(0, I18NInitialize()); }
-  void TearDown() override { I18NTerminate(); }
-};
+class I18NLocaleTest : public i18ntest::InitializedTest {};
 
 } // namespace
 

@@ -2,6 +2,7 @@
 // locale defaults, exact integer and digit-buffer formatting, the OLAP
 // format strings (conversion and output in two locales), named formats,
 // symbols and the currency switch.
+#include "I18NTestSupport.h"
 #include "i18n/cpp/i18n_olapformat.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
@@ -14,34 +15,16 @@
 
 namespace {
 
-std::string text(const I18NString &s) {
-  std::string out;
-  s.getUnicodeString().toUTF8String(out);
-  return out;
-}
-
-I18NString make(const char *utf8) { return I18NString(utf8, "UTF-8"); }
+using i18ntest::make;
+using i18ntest::raisedCode;
+using i18ntest::text;
 
 std::string fmt(const I18NNumericFormat &format, double value) {
   I18NString out;
   return text(format.format(value, out));
 }
 
-// The error code of what `action` raises (0 when nothing is raised).
-template <typename F> long raisedCode(F action) {
-  try {
-    action();
-  } catch (I18NRuntimeError &e) {
-    return e.getErrorCode();
-  }
-  return 0;
-}
-
-class I18NNumericFormatTest : public ::testing::Test {
-protected:
-  void SetUp() override { ASSERT_NE(0, I18NInitialize()); }
-  void TearDown() override { I18NTerminate(); }
-};
+class I18NNumericFormatTest : public i18ntest::InitializedTest {};
 
 } // namespace
 

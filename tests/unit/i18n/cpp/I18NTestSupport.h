@@ -1,9 +1,15 @@
-// Helpers shared by the i18n-base unit tests: UTF-8 <-> UTF-16 through ICU
-// (independent of the code under test), an environment-variable guard and
-// a scratch directory.
+// Helpers shared by the i18n unit tests: UTF-8 <-> UTF-16 through ICU
+// (independent of the code under test), I18NString in and out of UTF-8, the
+// code of a raised I18NRuntimeError, a fixture that keeps the layer
+// initialised, an environment-variable guard and a scratch directory.
 #ifndef XYLCORE_TESTS_UNIT_I18N_CPP_I18NTESTSUPPORT_H
 #define XYLCORE_TESTS_UNIT_I18N_CPP_I18NTESTSUPPORT_H
 
+#include <XYLCore/ExceptionHierarchy/XYLErrors.h>
+#include <XYLCore/i18n/cpp/i18n_init.h>
+#include <XYLCore/i18n/cpp/i18n_string.h>
+
+#include <gtest/gtest.h>
 #include <unicode/unistr.h>
 
 #include <cstdio>
@@ -30,6 +36,33 @@ inline std::string utf8(const std::u16string &units) {
 inline std::string utf8(const unsigned short *units, int bytes) {
   return utf8(std::u16string(reinterpret_cast<const char16_t *>(units), static_cast<size_t>(bytes / 2)));
 }
+
+// The string as UTF-8, read through its Unicode form.
+inline std::string text(const I18NString &s) {
+  std::string out;
+  s.getUnicodeString().toUTF8String(out);
+  return out;
+}
+
+inline I18NString make(const char *utf8) { return I18NString(utf8, "UTF-8"); }
+
+// The error code of the I18NRuntimeError `action` raises (0 when nothing is
+// raised).
+template <typename F> long raisedCode(F action) {
+  try {
+    action();
+  } catch (I18NRuntimeError &e) {
+    return e.getErrorCode();
+  }
+  return 0;
+}
+
+// Keeps the layer initialised for each test.
+class InitializedTest : public ::testing::Test {
+protected:
+  void SetUp() override { ASSERT_NE(0, I18NInitialize()); }
+  void TearDown() override { I18NTerminate(); }
+};
 
 // Sets (or, with null, unsets) a variable for the guard's lifetime.
 class EnvGuard {
