@@ -36,7 +36,7 @@ expect base64-url-decode-roundtrip 0 "hello?>" "aGVsbG8~Pg==" -- base64 -d -u
 expect base64-partial-group 1 "" "QUJ" -- base64 -d
 expect base64-bad-char 1 "" "QU{D" -- base64 -d
 expect base64-bad-option 2 "" "" -- base64 -x
-expect base64-extra-operand 2 "" "" -- base64 file
+expect base64-missing-file 1 "" "" -- base64 "$work/no-such-file"
 
 # The squisher round-trips through the tool and rejects damaged tokens.
 token=$(printf 'the quick brown fox jumps over the lazy dog' | "$xyl" squish)
@@ -92,6 +92,9 @@ grep -q "line 2: message number 1 already defined on line 1" "$work/stderr" && p
 printf '5 x' | "$xyl" msgc - | cmp -s - <(printf 'BMF1\0\0\0\0\0\0\0\1\0\0\0\2\0\0\0\5\0\0\0\0\0\0\0\2x\0') &&
   passed=$((passed + 1)) || { failed=$((failed + 1)); echo "FAIL msgc from standard input"; }
 expect msgc-no-source 2 "" "" -- msgc
+expect msgc-attached-output 0 "" "5 x" -- msgc "-o$work/attached.bmf" -
+cmp -s "$work/attached.bmf" <(printf 'BMF1\0\0\0\0\0\0\0\1\0\0\0\2\0\0\0\5\0\0\0\0\0\0\0\2x\0') && passed=$((passed + 1)) ||
+  { failed=$((failed + 1)); echo "FAIL msgc -oOUT"; }
 printf 'BMF10\0\0\0\0\0\0\0\0\0\0\0' >"$work/bad.bmf"
 expect msgdump-bad-magic 1 "" "" -- msgdump "$work/bad.bmf"
 expect msgdump-missing 1 "" "" -- msgdump "$work/no-such.bmf"
@@ -140,7 +143,80 @@ expect sort-bad-utf8 1 "" "$(printf 'b\n\xff\xfe')" -- sort --locale en
 # Visual order: a Hebrew run reversed inside English, brackets not mirrored.
 expect bidi-mixed 0 "$(printf 'abc \xd7\x92\xd7\x91\xd7\x90 def')" "$(printf 'abc \xd7\x90\xd7\x91\xd7\x92 def')" -- bidi
 expect bidi-rtl-brackets 0 "$(printf ')\xd7\x92(\xd7\x91\xd7\x90\nplain')" "$(printf '\xd7\x90\xd7\x91(\xd7\x92)\nplain')" -- bidi
-expect bidi-operand 2 "" "" -- bidi extra
+expect bidi-missing-file 1 "" "" -- bidi "$work/no-such-file"
+
+# The same look and feel for every command: --help answers on standard
+# output with the synopsis the command list shows, and exits 0; an unknown
+# option (long or short) prints usage and exits 2.
+ok() { passed=$((passed + 1)); }
+bad() { failed=$((failed + 1)); echo "FAIL $*"; }
+names=$("$xyl" --help | sed -n 's/^  \([a-z][a-z0-9-]*\)\( .*\)\?$/\1/p' | sort -u)
+[ "$(echo "$names" | wc -l)" -eq 15 ] && ok || bad "xyl --help lists $(echo "$names" | wc -l) commands, want 15"
+for name in $names; do
+  own=$("$xyl" "$name" --help)
+  rc=$?
+  synopsis=${own%%$'\n'*}
+  [ "$rc" -eq 0 ] && "$xyl" --help | grep -qF "  ${synopsis#usage: xyl }" && ok ||
+    bad "$name --help: exit $rc, '$synopsis' not in the command list"
+  "$xyl" "$name" -h >/dev/null && ok || bad "$name -h"
+  for option in --no-such-option -Z; do
+    "$xyl" "$name" "$option" 1 2 3 4 5 </dev/null >/dev/null 2>"$work/stderr"
+    rc=$?
+    [ "$rc" -eq 2 ] && grep -q "^usage: xyl $name" "$work/stderr" && ok || bad "$name $option: exit $rc"
+  done
+done
+
+# File operands: each reading command gives the same output for a file, for
+# "-" and for standard input, joins several inputs, and exits 1 (after the
+# other inputs) for a file that does not open.
+printf 'ab\n' >"$work/f1"
+printf 'c\xc3\xa9' >"$work/f2"
+printf 'QUJD\n' >"$work/b64"
+export QOR_EXEC_PATH="$(cd "$(dirname "$0")/../../resources" && pwd)"
+while IFS='|' read -r label args stdin want; do
+  # shellcheck disable=SC2086
+  expect "files-$label" 0 "$(printf "$want")" "$(printf "$stdin")" -- $args
+done <<CASES
+base64-file|base64 $work/f1|x|YWIK
+base64-stdin-dash|base64 - $work/f2|ab|YWJjw6k=
+base64-decode-file|base64 -du $work/b64||ABC
+crc32-dash|crc32 $work/f2 -|123456789|fa0d33aa  $work/f2\\ncbf43926  -
+convert-two-files|convert --from UTF-8 --to ISO-8859-1 $work/f1 $work/f2||ab\\nc\\xe9
+normalize-dash|normalize --form NFD - $work/f2|\\xc3\\xa9\\ny|e\\xcc\\x81\\nyce\\xcc\\x81
+sort-joined|sort --locale en $work/f2 - $work/f1|b\\n|ab\\nb\\nc\\xc3\\xa9
+bidi-file|bidi $work/f1 $work/f2||ab\\nc\\xc3\\xa9
+CASES
+token=$(printf 'squished' | "$xyl" squish "$work/f1" - "$work/f2")
+expect squish-files 0 "$(printf 'ab\nsquishedc\xc3\xa9')" "$token" -- unsquish -
+expect crc32-missing-then-file 1 "cbf43926  $work/digits" "" -- crc32 "$work/no-such-file" "$work/digits"
+expect sort-missing-file 1 "" "" -- sort --locale en "$work/no-such-file"
+expect normalize-missing-file 1 "" "" -- normalize --form NFC "$work/no-such-file"
+expect convert-missing-file 1 "" "" -- convert --from UTF-8 --to UTF-8 "$work/no-such-file"
+# NUL characters are data: inside the stream, across its chunks and as the
+# very last character.
+{ head -c 200000 /dev/zero; printf 'x\0y\0'; } >"$work/nuls"
+timeout 60 "$xyl" convert --from ISO-8859-1 --to UTF-16BE "$work/nuls" |
+  timeout 60 "$xyl" convert --from UTF-16BE --to UTF-8 | cmp -s - "$work/nuls" && ok || bad "convert NUL characters"
+unset QOR_EXEC_PATH
+
+# The progress line: forced on, a 6 MiB input draws "xyl crc32: N MiB" and
+# clears it; a small input and a standard error that is no terminal draw
+# nothing; under a terminal (script) it shows by itself.
+head -c $((6 * 1024 * 1024)) /dev/zero | tr '\0' x >"$work/big6"
+XYL_PROGRESS=always "$xyl" crc32 "$work/big6" >/dev/null 2>"$work/stderr"
+grep -q $'\rxyl crc32: [0-9]* MiB' "$work/stderr" && [ "$(tail -c 1 "$work/stderr")" == $'\r' ] && ok ||
+  bad "progress line forced: $(od -c "$work/stderr" | head -3)"
+"$xyl" base64 <"$work/big6" | "$xyl" base64 -d | XYL_PROGRESS=always "$xyl" convert --from ISO-8859-1 --to UTF-8 \
+  2>"$work/stderr" | cmp -s - "$work/big6" && grep -q 'xyl convert: [45] MiB' "$work/stderr" && ok ||
+  bad "progress through a pipe: $(od -c "$work/stderr" | head -3)"
+XYL_PROGRESS=always "$xyl" crc32 "$work/digits" >/dev/null 2>"$work/stderr"
+[ ! -s "$work/stderr" ] && ok || bad "progress line for a small input"
+"$xyl" crc32 "$work/big6" >/dev/null 2>"$work/stderr"
+[ ! -s "$work/stderr" ] && ok || bad "progress line without a terminal"
+if command -v script >/dev/null; then
+  script -qec "'$xyl' crc32 '$work/big6' >/dev/null" /dev/null </dev/null >"$work/tty" 2>&1
+  grep -q 'xyl crc32: [0-9]* MiB' "$work/tty" && ok || bad "progress line on a terminal: $(od -c "$work/tty" | head -3)"
+fi
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

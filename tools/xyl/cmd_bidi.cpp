@@ -1,4 +1,5 @@
-// xyl bidi: each line of standard input (UTF-8) in visual order.
+// xyl bidi [FILE...]: each line of the files (or of standard input; UTF-8)
+// in visual order.
 //
 // Characters are only moved (no mirroring, controls kept). UTF-8 cannot
 // carry the swapped units of a supplementary character in a right-to-left
@@ -8,13 +9,13 @@
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_bidi.h>
-#include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <cstdio>
 #include <string>
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
+#include <vector>
 
 namespace xyltool {
 
@@ -44,17 +45,18 @@ std::string toUtf8(const I18NString &visual) {
 } // namespace
 
 int runBidi(int argc, char **argv) {
-  if (argc > 1)
+  std::vector<std::string> files;
+  if (!parseValueOptions(argc, argv, nullptr, 0, files))
     return usage(*findCommand("bidi"));
   std::string input;
-  if (!readAll(stdin, input)) {
-    std::fprintf(stderr, "%s: cannot read standard input\n", argv[0]);
-    return kBadData;
+  {
+    Progress progress(argv[0]);
+    if (readInputs(argv[0], files, input, true, &progress) != kSuccess)
+      return kBadData;
   }
-  if (I18NInitialize() == 0) {
-    std::fprintf(stderr, "%s: the internationalisation layer did not start\n", argv[0]);
+  I18NSession session(argv[0]);
+  if (!session.started())
     return kBadData;
-  }
   int result = kSuccess;
   try {
     I18NBidi bidi;
@@ -76,7 +78,6 @@ int runBidi(int argc, char **argv) {
     std::fprintf(stderr, "%s: %s\n", argv[0], e.getMessage() != nullptr ? e.getMessage() : e.getThrowableName());
     result = kBadData;
   }
-  I18NTerminate();
   if (std::fflush(stdout) != 0)
     result = kBadData;
   return result;

@@ -1,17 +1,16 @@
-// xyl base64 | squish | unsquish | crc32: standard input (or files) to
+// xyl base64 | squish | unsquish | crc32: files (or standard input) to
 // standard output through the library's codecs.
 #include "xyl_commands.h"
 #include "xyl_io.h"
 
 #include <XYLCore/Utility/XYLUtCrc32.h>
-#include <XYLCore/Utility/XYLUtGetOpt.h>
 #include <XYLCore/Utility/xylbase64.h>
 #include <XYLCore/Utility/xylsquish.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,13 +18,12 @@ namespace xyltool {
 
 namespace {
 
-// Reads standard input as one NUL-terminated text; reports and fails on a
+// Reads the inputs as one NUL-terminated text; reports and fails on a
 // read error or an embedded zero byte (the codecs take C strings).
-bool readText(const char *command, std::string &text) {
-  if (!readAll(stdin, text)) {
-    std::fprintf(stderr, "%s: cannot read standard input: %s\n", command, std::strerror(errno));
+bool readText(const char *command, const std::vector<std::string> &files, std::string &text, Progress &progress) {
+  if (readInputs(command, files, text, false, &progress) != kSuccess)
     return false;
-  }
+  progress.finish();
   if (text.find('\0') != std::string::npos) {
     std::fprintf(stderr, "%s: the input holds a zero byte\n", command);
     return false;
@@ -33,20 +31,22 @@ bool readText(const char *command, std::string &text) {
   return true;
 }
 
-// Takes the options of `optionLetters`; false (after printing usage) on a bad option
-// or on operands the command does not take.
-bool parseFlags(int argc, char **argv, const char *optionLetters, bool takesOperands, std::string &seen,
-                int &firstOperand) {
-  XYLUtGetOpt options;
-  int c;
-  while ((c = options.getOpt(argc, argv, optionLetters)) > 0)
-    seen.push_back(static_cast<char>(c));
-  firstOperand = options.getOptInd();
-  if (c == 0 || (!takesOperands && firstOperand < argc)) {
-    if (c != 0)
-      std::fprintf(stderr, "%s: unexpected argument '%s'\n", argv[0], argv[firstOperand]);
+// Takes the switches of `letters` ("du": -d and -u) into `seen` and the FILE
+// operands into `files`; false on an unknown option.
+bool parseFlags(int argc, char **argv, const char *letters, std::string &seen, std::vector<std::string> &files) {
+  std::vector<std::string> names;
+  const std::size_t count = std::strlen(letters);
+  std::unique_ptr<bool[]> set(new bool[count]());
+  for (const char *letter = letters; *letter != '\0'; ++letter)
+    names.push_back(std::string("-") + *letter);
+  std::vector<ValueOption> options;
+  for (std::size_t k = 0; k < names.size(); ++k)
+    options.push_back({names[k].c_str(), nullptr, &set[k]});
+  if (!parseValueOptions(argc, argv, options.data(), static_cast<int>(options.size()), files))
     return false;
-  }
+  for (std::size_t k = 0; k < count; ++k)
+    if (set[k])
+      seen.push_back(letters[k]);
   return true;
 }
 
@@ -67,18 +67,18 @@ const char *unsquishReason(int code) {
 
 int runBase64(int argc, char **argv) {
   std::string flags;
-  int operand;
-  if (!parseFlags(argc, argv, "du", false, flags, operand))
+  std::vector<std::string> files;
+  if (!parseFlags(argc, argv, "du", flags, files))
     return usage(*findCommand("base64"));
+  Progress progress(argv[0]);
   bool decode = flags.find('d') != std::string::npos;
   bool url = flags.find('u') != std::string::npos;
 
   if (!decode) {
     std::string input;
-    if (!readAll(stdin, input)) {
-      std::fprintf(stderr, "%s: cannot read standard input\n", argv[0]);
+    if (readInputs(argv[0], files, input, false, &progress) != kSuccess)
       return kBadData;
-    }
+    progress.finish();
     unsigned int length = static_cast<unsigned int>(input.size());
     std::vector<char> out(XYLBase64EncodedSize(length));
     const unsigned char *bytes = reinterpret_cast<const unsigned char *>(input.data());
@@ -88,7 +88,7 @@ int runBase64(int argc, char **argv) {
   }
 
   std::string text;
-  if (!readText(argv[0], text))
+  if (!readText(argv[0], files, text, progress))
     return kBadData;
   std::vector<unsigned char> out(text.size() + 1);
   unsigned int length = 0;
@@ -104,11 +104,12 @@ int runBase64(int argc, char **argv) {
 
 int runSquish(int argc, char **argv) {
   std::string flags;
-  int operand;
-  if (!parseFlags(argc, argv, "", false, flags, operand))
+  std::vector<std::string> files;
+  if (!parseFlags(argc, argv, "", flags, files))
     return usage(*findCommand("squish"));
+  Progress progress(argv[0]);
   std::string text;
-  if (!readText(argv[0], text))
+  if (!readText(argv[0], files, text, progress))
     return kBadData;
   std::vector<char> token(XYLsqu_squished_size(static_cast<unsigned int>(text.size())));
   XYLsqu_squish(text.c_str(), token.data());
@@ -119,11 +120,12 @@ int runSquish(int argc, char **argv) {
 
 int runUnsquish(int argc, char **argv) {
   std::string flags;
-  int operand;
-  if (!parseFlags(argc, argv, "", false, flags, operand))
+  std::vector<std::string> files;
+  if (!parseFlags(argc, argv, "", flags, files))
     return usage(*findCommand("unsquish"));
+  Progress progress(argv[0]);
   std::string token;
-  if (!readText(argv[0], token))
+  if (!readText(argv[0], files, token, progress))
     return kBadData;
   XYLsquState state = {nullptr, 0, 0};
   unsigned int size = 0;
@@ -143,37 +145,24 @@ int runUnsquish(int argc, char **argv) {
 
 int runCrc32(int argc, char **argv) {
   std::string flags;
-  int operand;
-  if (!parseFlags(argc, argv, "", true, flags, operand))
+  std::vector<std::string> files;
+  if (!parseFlags(argc, argv, "", flags, files))
     return usage(*findCommand("crc32"));
-  std::vector<const char *> files(argv + operand, argv + argc);
-  if (files.empty())
-    files.push_back("-");
-  int result = kSuccess;
+  Progress progress(argv[0]);
   std::vector<unsigned char> chunk(1 << 16);
-  for (const char *name : files) {
-    bool useStdin = std::strcmp(name, "-") == 0;
-    std::FILE *in = useStdin ? stdin : std::fopen(name, "rb");
-    if (in == nullptr) {
-      std::fprintf(stderr, "%s: %s: %s\n", argv[0], name, std::strerror(errno));
-      result = kBadData;
-      continue;
-    }
+  return forEachInput(argv[0], files, [&](std::FILE *in, const std::string &name) {
+    progress.expect(in);
     unsigned long crc = 0;
     std::size_t got;
-    while ((got = std::fread(chunk.data(), 1, chunk.size(), in)) > 0)
+    while ((got = std::fread(chunk.data(), 1, chunk.size(), in)) > 0) {
       crc = XYLUtCrc32::crc32(crc, chunk.data(), static_cast<unsigned int>(got));
-    bool failed = std::ferror(in) != 0;
-    if (!useStdin)
-      std::fclose(in);
-    if (failed) {
-      std::fprintf(stderr, "%s: %s: read error\n", argv[0], name);
-      result = kBadData;
-      continue;
+      progress.add(got);
     }
-    std::printf("%08lx  %s\n", crc & 0xFFFFFFFFUL, name);
-  }
-  return result;
+    progress.finish();
+    if (std::ferror(in) == 0) // a read error is reported by forEachInput
+      std::printf("%08lx  %s\n", crc & 0xFFFFFFFFUL, name.c_str());
+    return true;
+  });
 }
 
 } // namespace xyltool

@@ -1,5 +1,6 @@
-// xyl convert --from ENC --to ENC [--mode M] and xyl normalize --form F:
-// standard input to standard output through the library's converters and
+// xyl convert --from ENC --to ENC [--mode M] [FILE...] and
+// xyl normalize --form F [FILE...]: files (or standard input) to standard
+// output through the library's converters and
 // normalisation, a chunk (convert) or a line (normalize) at a time, so that
 // input of any size streams through in bounded memory.
 #include "xyl_commands.h"
@@ -119,7 +120,7 @@ int runConvert(int argc, char **argv) {
   const ValueOption options[] = {{"--from", &from, &haveFrom}, {"--to", &to, &haveTo}, {"--mode", &modeName, nullptr}};
   std::vector<std::string> operands;
   const NamedValue *mode = nullptr;
-  if (!parseValueOptions(argc, argv, options, 3, operands) || !operands.empty() || !haveFrom || !haveTo ||
+  if (!parseValueOptions(argc, argv, options, 3, operands) || !haveFrom || !haveTo ||
       (mode = lookup(kModes, modeName)) == nullptr)
     return usage(*findCommand("convert"));
   I18NSession session(argv[0]);
@@ -130,19 +131,25 @@ int runConvert(int argc, char **argv) {
   if (input == nullptr || output == nullptr)
     return kBadUsage;
   std::unique_ptr<Sink> sink(new Sink(*output, argv[0]));
+  Progress progress(argv[0]);
   std::vector<char> chunk(65536);
   long long offset = 0;
-  bool ok = true;
-  for (bool last = false; ok && !last;) {
-    const std::size_t got = std::fread(chunk.data(), 1, chunk.size(), stdin);
-    if (std::ferror(stdin)) {
-      std::fprintf(stderr, "%s: cannot read standard input\n", argv[0]);
-      return kBadData;
+  // The inputs make one stream: what the converters keep is flushed only
+  // after the last of them.
+  int result = forEachInput(argv[0], operands, [&](std::FILE *in, const std::string &) {
+    progress.expect(in);
+    std::size_t got;
+    while ((got = std::fread(chunk.data(), 1, chunk.size(), in)) > 0) {
+      progress.add(got);
+      if (!convertChunk(*input, *sink, chunk.data(), static_cast<int>(got), false, offset, argv[0]))
+        return false;
     }
-    last = got < chunk.size() && std::feof(stdin);
-    ok = convertChunk(*input, *sink, chunk.data(), static_cast<int>(got), last, offset, argv[0]);
-  }
-  return ok ? kSuccess : kBadData;
+    return true;
+  });
+  progress.finish();
+  if (result == kSuccess && !convertChunk(*input, *sink, chunk.data(), 0, true, offset, argv[0]))
+    result = kBadData;
+  return result;
 }
 
 int runNormalize(int argc, char **argv) {
@@ -151,41 +158,48 @@ int runNormalize(int argc, char **argv) {
   const ValueOption options[] = {{"--form", &formName, &haveForm}};
   std::vector<std::string> operands;
   const NamedValue *form = nullptr;
-  if (!parseValueOptions(argc, argv, options, 1, operands) || !operands.empty() || !haveForm ||
-      (form = lookup(kForms, formName)) == nullptr)
+  if (!parseValueOptions(argc, argv, options, 1, operands) || !haveForm || (form = lookup(kForms, formName)) == nullptr)
     return usage(*findCommand("normalize"));
   I18NSession session(argv[0]);
   if (!session.started())
     return kBadData;
+  Progress progress(argv[0]);
   // No normal form joins characters across a line feed, so each line is
-  // normalised on its own.
+  // normalised on its own. Each input's last line keeps its (missing) line
+  // feed.
   std::string line;
   long long lineNumber = 0;
-  for (int c = 0; c != EOF;) {
-    line.clear();
-    while ((c = std::fgetc(stdin)) != EOF && c != '\n')
-      line.push_back(static_cast<char>(c));
-    if (c == EOF && line.empty())
-      break;
-    ++lineNumber;
-    try {
-      I18NString text(line.data(), "UTF-8", static_cast<int>(line.size()));
-      text.normalize(static_cast<I18NNormalizationForms>(form->value));
-      int length = 0;
-      char *bytes = text.toBytes("UTF-8", &length);
-      const bool written =
-          writeAll(stdout, bytes, static_cast<std::size_t>(length)) && (c == EOF || writeAll(stdout, "\n", 1));
-      I18NString::freeBuffer(bytes);
-      if (!written) {
-        std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
-        return kBadData;
+  const int result = forEachInput(argv[0], operands, [&](std::FILE *in, const std::string &) {
+    progress.expect(in);
+    for (int c = 0; c != EOF;) {
+      line.clear();
+      while ((c = std::getc(in)) != EOF && c != '\n')
+        line.push_back(static_cast<char>(c));
+      if (c == EOF && line.empty())
+        break;
+      ++lineNumber;
+      progress.add(line.size() + 1);
+      try {
+        I18NString text(line.data(), "UTF-8", static_cast<int>(line.size()));
+        text.normalize(static_cast<I18NNormalizationForms>(form->value));
+        int length = 0;
+        char *bytes = text.toBytes("UTF-8", &length);
+        const bool written =
+            writeAll(stdout, bytes, static_cast<std::size_t>(length)) && (c == EOF || writeAll(stdout, "\n", 1));
+        I18NString::freeBuffer(bytes);
+        if (!written) {
+          std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
+          return false;
+        }
+      } catch (XYLThrowable &e) {
+        std::fprintf(stderr, "%s: line %lld: %s\n", argv[0], lineNumber, describe(e));
+        return false;
       }
-    } catch (XYLThrowable &e) {
-      std::fprintf(stderr, "%s: line %lld: %s\n", argv[0], lineNumber, describe(e));
-      return kBadData;
     }
-  }
-  return kSuccess;
+    return true;
+  });
+  progress.finish();
+  return result;
 }
 
 } // namespace xyltool

@@ -11,6 +11,7 @@
 // to libXYLCore, or XYL_DUMP_WRITER); files go to XYL_DUMP_DIR or the working
 // directory. This file is built with -fnon-call-exceptions.
 #include "xyl_commands.h"
+#include "xyl_io.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/QorThread/XYLWin32SEHHandler.h>
@@ -18,6 +19,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 // The faults below are meant to reach the hardware: no sanitizer check may
 // catch them first.
@@ -72,27 +74,16 @@ int fault(const std::string &kind) {
 } // namespace
 
 int runCrash(int argc, char **argv) {
-  static const Command self = {"crash", "crash --mode 1|2|Y --kind segv|fpe|overflow [--dump-type T]",
-                               "make a real fault under the fault handler's mode", runCrash};
   std::string mode;
   std::string kind;
   std::string dumpType = "2";
-  for (int i = 1; i < argc; ++i) {
-    std::string option = argv[i];
-    if (i + 1 >= argc)
-      return usage(self);
-    if (option == "--mode")
-      mode = argv[++i];
-    else if (option == "--kind")
-      kind = argv[++i];
-    else if (option == "--dump-type")
-      dumpType = argv[++i];
-    else
-      return usage(self);
-  }
-  if ((mode != "1" && mode != "2" && mode != "Y" && mode != "y") ||
+  const ValueOption options[] = {
+      {"--mode", &mode, nullptr}, {"--kind", &kind, nullptr}, {"--dump-type", &dumpType, nullptr}};
+  std::vector<std::string> operands;
+  if (!parseValueOptions(argc, argv, options, 3, operands) || !operands.empty() ||
+      (mode != "1" && mode != "2" && mode != "Y" && mode != "y") ||
       (kind != "segv" && kind != "fpe" && kind != "overflow"))
-    return usage(self);
+    return usage(*findCommand("crash"));
 
   std::string value = mode == "Y" || mode == "y" ? mode : mode + ":" + dumpType;
   if (!XYLWin32SEHHandler::configure(value.c_str())) {

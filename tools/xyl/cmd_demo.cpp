@@ -1,6 +1,7 @@
 // xyl demo: a short tour of what the library offers, each step printing
 // what it did.
 #include "xyl_commands.h"
+#include "xyl_io.h"
 
 #include <XYLCore/Core/xylcore.h>
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
@@ -19,6 +20,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace xyltool {
@@ -133,8 +135,11 @@ void showPoolAndCustodian() {
 } // namespace
 
 int runDemo(int argc, char **argv) {
-  if (argc > 1) {
-    std::fprintf(stderr, "%s: unexpected argument '%s'\n", argv[0], argv[1]);
+  std::vector<std::string> operands;
+  if (!parseValueOptions(argc, argv, nullptr, 0, operands))
+    return usage(*findCommand("demo"));
+  if (!operands.empty()) {
+    std::fprintf(stderr, "%s: unexpected argument '%s'\n", argv[0], operands[0].c_str());
     return usage(*findCommand("demo"));
   }
   XYLUtTimer timer;

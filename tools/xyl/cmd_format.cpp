@@ -2,10 +2,10 @@
 // xyl format-date [--locale L] [--pattern P] [--zone Z] EPOCH_MS...: each
 // value on its own line, formatted for a locale (default en-us).
 #include "xyl_commands.h"
+#include "xyl_io.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_datetimeformat.h>
-#include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_locale.h>
 #include <XYLCore/i18n/cpp/i18n_numericformat.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
@@ -21,62 +21,22 @@ namespace xyltool {
 
 namespace {
 
-const Command kNumber = {"format-number", "format-number [--locale L] [--pattern P] VALUE...",
-                         "format decimal numbers for a locale (ICU pattern, OLAP format string or named format)",
-                         runFormatNumber};
-const Command kDate = {"format-date", "format-date [--locale L] [--pattern P] [--zone Z] EPOCH_MS...",
-                       "format times given in milliseconds since 1970 for a locale (default zone UTC)", runFormatDate};
-
-// Starts and stops the internationalisation layer around the command.
-struct I18NScope {
-  I18NScope() : started(I18NInitialize() != 0) {}
-  ~I18NScope() {
-    if (started)
-      I18NTerminate();
-  }
-  bool started;
-};
-
 struct Options {
   std::string locale = "en-us";
   std::string pattern;
   std::string zone;
   bool hasPattern = false;
   bool hasZone = false;
-  std::vector<const char *> values;
+  std::vector<std::string> values;
 };
 
 // Splits the options from the values; false on a missing option value, an
 // option the command does not take or no value at all.
 bool parseOptions(int argc, char **argv, bool takesZone, Options &options) {
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--") {
-      for (++i; i < argc; ++i)
-        options.values.push_back(argv[i]);
-      break;
-    }
-    if (argument == "--locale" || argument == "--pattern" || (takesZone && argument == "--zone")) {
-      if (i + 1 >= argc)
-        return false;
-      const char *value = argv[++i];
-      if (argument == "--locale") {
-        options.locale = value;
-      } else if (argument == "--pattern") {
-        options.pattern = value;
-        options.hasPattern = true;
-      } else {
-        options.zone = value;
-        options.hasZone = true;
-      }
-    } else if (argument.size() > 2 && argument.compare(0, 2, "--") == 0) {
-      std::fprintf(stderr, "%s: unknown option '%s'\n", argv[0], argv[i]);
-      return false;
-    } else {
-      options.values.push_back(argv[i]);
-    }
-  }
-  return !options.values.empty();
+  const ValueOption known[] = {{"--locale", &options.locale, nullptr},
+                               {"--pattern", &options.pattern, &options.hasPattern},
+                               {"--zone", &options.zone, &options.hasZone}};
+  return parseValueOptions(argc, argv, known, takesZone ? 3 : 2, options.values) && !options.values.empty();
 }
 
 int report(const char *command, XYLThrowable &e) {
@@ -89,19 +49,17 @@ int report(const char *command, XYLThrowable &e) {
 int runFormatNumber(int argc, char **argv) {
   Options options;
   if (!parseOptions(argc, argv, false, options))
-    return usage(kNumber);
-  I18NScope scope;
-  if (!scope.started) {
-    std::fprintf(stderr, "%s: the internationalisation layer did not start\n", argv[0]);
+    return usage(*findCommand("format-number"));
+  I18NSession session(argv[0]);
+  if (!session.started())
     return kBadData;
-  }
   try {
     I18NNumericFormat format{I18NLocale(options.locale.c_str())};
     if (options.hasPattern)
       format.setPattern(I18NString(options.pattern.c_str(), "UTF-8"));
-    for (const char *value : options.values) {
+    for (const std::string &value : options.values) {
       I18NString out;
-      format.formatDigitBuffer(value, out); // exact: no rounding through a double
+      format.formatDigitBuffer(value.c_str(), out); // exact: no rounding through a double
       std::printf("%s\n", out.c_str("UTF-8"));
     }
   } catch (XYLThrowable &e) {
@@ -113,23 +71,21 @@ int runFormatNumber(int argc, char **argv) {
 int runFormatDate(int argc, char **argv) {
   Options options;
   if (!parseOptions(argc, argv, true, options))
-    return usage(kDate);
+    return usage(*findCommand("format-date"));
   std::vector<double> times;
-  for (const char *value : options.values) {
+  for (const std::string &value : options.values) {
     errno = 0;
     char *end = nullptr;
-    const double ms = std::strtod(value, &end);
-    if (errno != 0 || end == value || *end != '\0' || !std::isfinite(ms)) {
-      std::fprintf(stderr, "%s: '%s' is not a number of milliseconds\n", argv[0], value);
-      return usage(kDate);
+    const double ms = std::strtod(value.c_str(), &end);
+    if (errno != 0 || end == value.c_str() || *end != '\0' || !std::isfinite(ms)) {
+      std::fprintf(stderr, "%s: '%s' is not a number of milliseconds\n", argv[0], value.c_str());
+      return usage(*findCommand("format-date"));
     }
     times.push_back(ms);
   }
-  I18NScope scope;
-  if (!scope.started) {
-    std::fprintf(stderr, "%s: the internationalisation layer did not start\n", argv[0]);
+  I18NSession session(argv[0]);
+  if (!session.started())
     return kBadData;
-  }
   try {
     I18NDateTimeFormat format{I18NLocale(options.locale.c_str())};
     if (options.hasPattern)

@@ -2,9 +2,9 @@
 // DAYS HOURS MINUTES SECONDS MILLIS]: a duration given on the command line,
 // written in a locale's words (long) or digits (short), every unit shown.
 #include "xyl_commands.h"
+#include "xyl_io.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
-#include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_intervalformat.h>
 #include <XYLCore/i18n/cpp/i18n_locale.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
@@ -20,20 +20,6 @@ namespace xyltool {
 
 namespace {
 
-const Command kSelf = {
-    "interval", "interval [--locale L] [--style short|long] [--ym YEARS MONTHS | DAYS HOURS MINUTES SECONDS MILLIS]",
-    "format a duration for a locale (default en-us, long style)", runInterval};
-
-// Starts and stops the internationalisation layer around the command.
-struct I18NScope {
-  I18NScope() : started(I18NInitialize() != 0) {}
-  ~I18NScope() {
-    if (started)
-      I18NTerminate();
-  }
-  bool started;
-};
-
 // A whole decimal number that fits 32 bits (the interval fields' range).
 bool parseValue(const char *text, long &value) {
   errno = 0;
@@ -48,43 +34,29 @@ bool parseValue(const char *text, long &value) {
 } // namespace
 
 int runInterval(int argc, char **argv) {
-  std::string locale = "en-us";
-  I18NIntervalFormatStyle style = I18N_INTERVAL_FORMAT_LONG;
+  std::string locale = "en-us", styleName = "long";
   bool yearMonth = false;
+  const ValueOption options[] = {
+      {"--locale", &locale, nullptr}, {"--style", &styleName, nullptr}, {"--ym", nullptr, &yearMonth}};
+  std::vector<std::string> operands;
+  if (!parseValueOptions(argc, argv, options, 3, operands) || (styleName != "short" && styleName != "long"))
+    return usage(*findCommand("interval"));
+  const I18NIntervalFormatStyle style = styleName == "short" ? I18N_INTERVAL_FORMAT_SHORT : I18N_INTERVAL_FORMAT_LONG;
   std::vector<long> values;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--ym") {
-      yearMonth = true;
-    } else if (argument == "--locale" || argument == "--style") {
-      if (i + 1 >= argc)
-        return usage(kSelf);
-      const std::string value = argv[++i];
-      if (argument == "--locale")
-        locale = value;
-      else if (value == "short")
-        style = I18N_INTERVAL_FORMAT_SHORT;
-      else if (value == "long")
-        style = I18N_INTERVAL_FORMAT_LONG;
-      else
-        return usage(kSelf);
-    } else {
-      long value;
-      if (!parseValue(argv[i], value)) {
-        std::fprintf(stderr, "%s: '%s' is not a whole number\n", argv[0], argv[i]);
-        return usage(kSelf);
-      }
-      values.push_back(value);
+  for (const std::string &operand : operands) {
+    long value;
+    if (!parseValue(operand.c_str(), value)) {
+      std::fprintf(stderr, "%s: '%s' is not a whole number\n", argv[0], operand.c_str());
+      return usage(*findCommand("interval"));
     }
+    values.push_back(value);
   }
   if (values.size() != (yearMonth ? 2u : 5u))
-    return usage(kSelf);
+    return usage(*findCommand("interval"));
 
-  I18NScope scope;
-  if (!scope.started) {
-    std::fprintf(stderr, "%s: the internationalisation layer did not start\n", argv[0]);
+  I18NSession session(argv[0]);
+  if (!session.started())
     return kBadData;
-  }
   try {
     I18NIntervalFormat format(I18NLocale(locale.c_str()), style);
     I18NString out;

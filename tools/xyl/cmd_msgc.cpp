@@ -6,8 +6,6 @@
 #include "Resources/XYLCatalogCompiler.h"
 #include "Resources/XYLCatalogReader.h"
 
-#include <XYLCore/Utility/XYLUtGetOpt.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -27,21 +25,6 @@ std::string defaultOutput(const std::string &source) {
   return source + ".bmf";
 }
 
-bool readSource(const char *command, const std::string &path, std::string &text) {
-  std::FILE *in = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
-  if (in == nullptr) {
-    std::fprintf(stderr, "%s: cannot open %s: %s\n", command, path.c_str(), std::strerror(errno));
-    return false;
-  }
-  const bool ok = readAll(in, text);
-  const int error = errno;
-  if (in != stdin)
-    std::fclose(in);
-  if (!ok)
-    std::fprintf(stderr, "%s: cannot read %s: %s\n", command, path.c_str(), std::strerror(error));
-  return ok;
-}
-
 bool writeImage(const char *command, const std::string &path, const std::string &image) {
   std::FILE *out = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
   if (out == nullptr) {
@@ -58,22 +41,17 @@ bool writeImage(const char *command, const std::string &path, const std::string 
 } // namespace
 
 int runMsgc(int argc, char **argv) {
-  if (wantsHelp(argc, argv))
-    return usage(*findCommand("msgc"));
-  XYLUtGetOpt options;
   std::string output;
-  int c;
-  while ((c = options.getOpt(argc, argv, "o:")) > 0)
-    output = options.getOptArg();
-  const int first = options.getOptInd();
-  if (c == 0 || first + 1 != argc)
+  const ValueOption options[] = {{"-o", &output, nullptr}};
+  std::vector<std::string> operands;
+  if (!parseValueOptions(argc, argv, options, 1, operands) || operands.size() != 1)
     return usage(*findCommand("msgc"));
-  const std::string source = argv[first];
+  const std::string &source = operands[0];
   if (output.empty())
     output = source == "-" ? "-" : defaultOutput(source);
 
   std::string text;
-  if (!readSource(argv[0], source, text))
+  if (readInputs(argv[0], operands, text, false) != kSuccess)
     return kBadData;
   std::vector<XYLCatalogEntry> entries;
   std::string error;
@@ -87,16 +65,18 @@ int runMsgc(int argc, char **argv) {
 }
 
 int runMsgdump(int argc, char **argv) {
-  if (wantsHelp(argc, argv) || argc != 2 || argv[1][0] == '-')
+  std::vector<std::string> operands;
+  if (!parseValueOptions(argc, argv, nullptr, 0, operands) || operands.size() != 1)
     return usage(*findCommand("msgdump"));
+  const char *path = operands[0].c_str();
   XYLCatalogReader reader(true);
-  if (!reader.open(argv[1])) {
+  if (!reader.open(path)) {
     const XYLCatalogReader::Status status = reader.getStatus();
     if (status == XYLCatalogReader::NotOpened || status == XYLCatalogReader::ReadFailed)
-      std::fprintf(stderr, "%s: %s: %s: %s\n", argv[0], argv[1], XYLCatalogReader::describe(status),
+      std::fprintf(stderr, "%s: %s: %s: %s\n", argv[0], path, XYLCatalogReader::describe(status),
                    std::strerror(static_cast<int>(reader.getErrorNumber())));
     else
-      std::fprintf(stderr, "%s: %s: %s\n", argv[0], argv[1], XYLCatalogReader::describe(status));
+      std::fprintf(stderr, "%s: %s: %s\n", argv[0], path, XYLCatalogReader::describe(status));
     return kBadData;
   }
   std::string out = "# " + std::to_string(reader.getCount()) + " messages\n";
@@ -118,7 +98,7 @@ int runMsgdump(int argc, char **argv) {
     return kBadData;
   }
   if (result != kSuccess)
-    std::fprintf(stderr, "%s: %s: some texts are unavailable\n", argv[0], argv[1]);
+    std::fprintf(stderr, "%s: %s: some texts are unavailable\n", argv[0], path);
   return result;
 }
 

@@ -1,11 +1,11 @@
-// xyl sort --locale L [--level N]: the lines of standard input (UTF-8) in
-// the collation order of a locale, written unchanged to standard output.
+// xyl sort --locale L [--level N] [FILE...]: the lines of the files (or of
+// standard input; UTF-8) in the collation order of a locale, written
+// unchanged to standard output.
 #include "xyl_commands.h"
 #include "xyl_io.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_collator.h>
-#include <XYLCore/i18n/cpp/i18n_init.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <algorithm>
@@ -17,51 +17,25 @@
 
 namespace xyltool {
 
-namespace {
-
-// Starts and stops the internationalisation layer around the command.
-struct I18NScope {
-  I18NScope() : started(I18NInitialize() != 0) {}
-  ~I18NScope() {
-    if (started)
-      I18NTerminate();
-  }
-  bool started;
-};
-
-} // namespace
-
 int runSort(int argc, char **argv) {
-  std::string locale;
-  bool haveLocale = false;
-  int level = -1;
-  for (int i = 1; i < argc; ++i) {
-    const std::string option = argv[i];
-    if (i + 1 >= argc)
-      return usage(*findCommand("sort"));
-    const std::string value = argv[++i];
-    if (option == "--locale") {
-      locale = value;
-      haveLocale = true;
-    } else if (option == "--level" && value.size() == 1 && value[0] >= '0' && value[0] <= '3') {
-      level = value[0] - '0';
-    } else {
-      return usage(*findCommand("sort"));
-    }
-  }
-  if (!haveLocale)
+  std::string locale, levelName;
+  bool haveLocale = false, haveLevel = false;
+  const ValueOption options[] = {{"--locale", &locale, &haveLocale}, {"--level", &levelName, &haveLevel}};
+  std::vector<std::string> files;
+  if (!parseValueOptions(argc, argv, options, 2, files) || !haveLocale ||
+      (haveLevel && (levelName.size() != 1 || levelName[0] < '0' || levelName[0] > '3')))
     return usage(*findCommand("sort"));
+  const int level = haveLevel ? levelName[0] - '0' : -1;
 
   std::string input;
-  if (!readAll(stdin, input)) {
-    std::fprintf(stderr, "%s: cannot read standard input\n", argv[0]);
-    return kBadData;
+  {
+    Progress progress(argv[0]);
+    if (readInputs(argv[0], files, input, true, &progress) != kSuccess)
+      return kBadData;
   }
-  I18NScope scope;
-  if (!scope.started) {
-    std::fprintf(stderr, "%s: the internationalisation layer did not start\n", argv[0]);
+  I18NSession session(argv[0]);
+  if (!session.started())
     return kBadData;
-  }
   std::unique_ptr<I18NCollator> collator;
   try {
     collator.reset(new I18NCollator(I18NString(locale.c_str(), "UTF-8")));

@@ -15,9 +15,9 @@ namespace xyltool {
 
 namespace {
 const Command kCommands[] = {
-    {"base64", "base64 [-d] [-u]", "encode standard input as Base64 (-d decode, -u URL-safe alphabet)", runBase64},
-    {"squish", "squish", "turn the text on standard input into a compact checksummed token", runSquish},
-    {"unsquish", "unsquish", "turn a token on standard input back into its text", runUnsquish},
+    {"base64", "base64 [-d] [-u] [FILE...]", "encode the input as Base64 (-d decode, -u URL-safe alphabet)", runBase64},
+    {"squish", "squish [FILE...]", "turn the input text into a compact checksummed token", runSquish},
+    {"unsquish", "unsquish [FILE...]", "turn a token back into its text", runUnsquish},
     {"crc32", "crc32 [FILE...]", "print the CRC-32 of each file (standard input when none)", runCrc32},
     {"crash", "crash --mode 1|2|Y --kind segv|fpe|overflow [--dump-type T]",
      "make a real fault under the fault handler's mode", runCrash},
@@ -28,24 +28,31 @@ const Command kCommands[] = {
      "format a duration for a locale (default en-us, long style)", runInterval},
     {"format-number", "format-number [--locale L] [--pattern P] VALUE...",
      "format decimal numbers for a locale (ICU pattern, OLAP format string or named format)", runFormatNumber},
-    {"sort", "sort --locale L [--level 0|1|2|3]",
-     "sort the lines of standard input by a locale's collation (level 0 primary .. 3 identical)", runSort},
-    {"bidi", "bidi", "print each line of standard input in visual (display) order", runBidi},
+    {"sort", "sort --locale L [--level 0|1|2|3] [FILE...]",
+     "sort the input lines by a locale's collation (level 0 primary .. 3 identical)", runSort},
+    {"bidi", "bidi [FILE...]", "print each input line in visual (display) order", runBidi},
     {"format-date", "format-date [--locale L] [--pattern P] [--zone Z] EPOCH_MS...",
      "format times given in milliseconds since 1970 for a locale (default zone UTC)", runFormatDate},
-    {"convert", "convert --from ENC --to ENC [--mode escape|replace|substitute|stop]",
-     "convert standard input from one encoding to another, streaming", runConvert},
-    {"normalize", "normalize --form NFC|NFD|NFKC|NFKD", "bring the UTF-8 text on standard input into a normal form",
+    {"convert", "convert --from ENC --to ENC [--mode escape|replace|substitute|stop] [FILE...]",
+     "convert the input from one encoding to another, streaming", runConvert},
+    {"normalize", "normalize --form NFC|NFD|NFKC|NFKD [FILE...]", "bring the UTF-8 input text into a normal form",
      runNormalize},
     {"demo", "demo", "a short tour of the library", runDemo},
 };
 
 void listCommands(std::FILE *to) {
   std::fputs("usage: xyl <command> [options] [arguments]\n\ncommands:\n", to);
-  for (const Command &c : kCommands)
-    std::fprintf(to, "  %-22s %s\n", c.synopsis, c.summary);
+  for (const Command &c : kCommands) {
+    if (std::strlen(c.synopsis) <= 22)
+      std::fprintf(to, "  %-22s %s\n", c.synopsis, c.summary);
+    else // a long synopsis takes a line of its own
+      std::fprintf(to, "  %s\n  %-22s %s\n", c.synopsis, "", c.summary);
+  }
   std::fputs("\n'xyl <command> --help' describes one command.\n"
-             "exit codes: 0 success, 1 bad data, 2 bad usage\n",
+             "FILE operands: none or \"-\" reads standard input; output goes to standard output.\n"
+             "exit codes: 0 success, 1 bad data, 2 bad usage\n"
+             "A progress line shows on standard error (when it is a terminal, or\n"
+             "XYL_PROGRESS=always) while an input over 4 MiB is read.\n",
              to);
 }
 } // namespace

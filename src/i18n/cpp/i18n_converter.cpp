@@ -651,7 +651,10 @@ int I18NConverter::toUnicodeStream(const char *source, int sourceLength, int *co
   setError(error, I18N_SUCCESS);
   if (consumed != nullptr)
     *consumed = 0;
-  const int length = getEffectiveBufferSize(source, sourceLength);
+  // A chunk of a stream is data to its last byte: a zero byte that ends one
+  // chunk is a character of the stream, not a terminator.
+  const int length =
+      sourceLength < 0 || source == nullptr ? getEffectiveBufferSize(source, sourceLength) : sourceLength;
   if (targetBytes < 0 || (target == nullptr && targetBytes > 0)) {
     setError(error, I18N_GENERAL_FAILURE);
     return 0;

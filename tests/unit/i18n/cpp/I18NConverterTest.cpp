@@ -394,8 +394,9 @@ TEST(I18NConverterTest, AllocatorFailureThrowsMemoryAllocationFailed) {
 
 TEST(I18NConverterTest, StreamConversionCarriesSequencesAcrossChunks) {
   // Every split of a text whose characters take 1 to 4 bytes gives the same
-  // result as one conversion.
-  const std::string input = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z";
+  // result as one conversion; zero bytes are characters of the stream, also
+  // where a chunk ends with one.
+  const std::string input("a\0\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\0", 13);
   const std::u16string expected = utf16(input);
   I18NConverter converter("UTF-8");
   for (size_t split = 0; split <= input.size(); ++split) {
