@@ -275,7 +275,18 @@ I18NString::I18NString(const char *bytes, const char *encoding, int length,
         return;
       }
       m_inlineAscii[0] = '\0';
-    } else if (n < static_cast<std::size_t>(INT_MAX) && asciiHead(bytes, n)) {
+    } else if (n < static_cast<std::size_t>(INT_MAX)) {
+      if (!asciiHead(bytes, n)) {
+        // Clearly not ASCII: straight to the Unicode form (a new string has
+        // nothing to release and cannot alias the bytes).
+        try {
+          createFromAscii(bytes, length, encoding, nullptr);
+        } catch (...) {
+          destroy();
+          throw;
+        }
+        return;
+      }
       // The C heap directly when no allocator is set (the usual case).
       char *buffer;
       if (allocator == nullptr) {
@@ -340,15 +351,27 @@ I18NString::I18NString(const icu::UnicodeString &text, I18N_STRINGBUFFER_ALLOCAT
 }
 
 I18NString::~I18NString() {
-  // Most strings own nothing, or at most an ASCII buffer: one test for all.
-  if ((m_pByteForms == nullptr) & (m_pUnicodeString == nullptr) & (m_pAsciiBuffer == m_inlineAscii))
-    return;
-  if (m_pByteForms != nullptr)
-    releaseByteForms();
-  if (m_pUnicodeString != nullptr)
-    releaseUnicode();
-  if (m_pAsciiBuffer != m_inlineAscii)
-    freeBlock(m_pAsciiBuffer);
+  // Most strings own nothing, or at most an ASCII buffer from the C heap:
+  // those are done here, and the rest goes out of line, which keeps this
+  // path free of register saves.
+  if ((m_pByteForms == nullptr) & (m_pUnicodeString == nullptr)) {
+    if (m_pAsciiBuffer == m_inlineAscii)
+      return;
+    if (m_pAllocator == nullptr) {
+      XYLUtMemory::free(m_pAsciiBuffer);
+      return;
+    }
+  }
+  I18NStringAccess::releaseOwned(*this);
+}
+
+void I18NStringAccess::releaseOwned(I18NString &s) {
+  if (s.m_pByteForms != nullptr)
+    s.releaseByteForms();
+  if (s.m_pUnicodeString != nullptr)
+    s.releaseUnicode();
+  if (s.m_pAsciiBuffer != s.m_inlineAscii)
+    s.freeBlock(s.m_pAsciiBuffer);
 }
 
 I18NByteWriter::~I18NByteWriter() = default;
@@ -1398,6 +1421,15 @@ void I18NString::createFromAscii(const char *bytes, int length, const char *enco
     // UTF-8 never needs more UTF-16 units than it has bytes. The leading
     // ASCII run is widened here; ICU's decoder takes the rest.
     std::size_t prefix = asciiPrefix(bytes, n);
+    if (m_pUnicodeString == nullptr) {
+      // The content is replaced as a whole: a new, empty form will do, with
+      // nothing widened from the ASCII buffer first.
+      create();
+      if (m_asciiBufLength >= 0) {
+        releaseAscii();
+        m_asciiBufLength = -1;
+      }
+    }
     icu::UnicodeString &form = unicodeForWrite();
     char16_t *target = form.getBuffer(static_cast<int32_t>(n) + 1);
     if (target == nullptr)

@@ -13,6 +13,7 @@
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
+#include "Utility/XYLUtHex_internal.h"
 #include "i18n_string_internal.h"
 
 #include <climits>
@@ -333,15 +334,7 @@ std::istream &operator>>(std::istream &in, I18NString &text) {
 
 namespace {
 
-int hexValue(char c) {
-  if (c >= '0' && c <= '9')
-    return c - '0';
-  if (c >= 'a' && c <= 'f')
-    return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F')
-    return c - 'A' + 10;
-  return -1;
-}
+using xyl_ut::hexValue;
 
 // %XX escapes to bytes; a '%' without two hexadecimal digits stays.
 std::string percentDecode(const char *text) {

@@ -93,44 +93,61 @@ inline std::size_t asciiPrefix(const char *p, std::size_t n) {
   return n;
 }
 
+// from + the index of the first byte with its top bit set in p[from..n), or
+// n. Out of line: the slow exit of copyAscii, so that copyAscii itself
+// needs no frame.
+[[gnu::noinline]] inline std::size_t asciiPrefixFrom(const char *p, std::size_t from, std::size_t n) {
+  return from + asciiPrefix(p + from, n - from);
+}
+
+// The SSE2 part of copyAscii from offset i on (n >= 16).
+__attribute__((always_inline)) inline std::size_t copyAsciiFrom(char *dst, const char *src, std::size_t i,
+                                                                std::size_t n) {
+  for (; i + 64 <= n; i += 64) {
+    __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i));
+    __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 16));
+    __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 32));
+    __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 48));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i), a);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 16), b);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 32), c);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 48), d);
+    if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) != 0)
+      return asciiPrefixFrom(src, i, i + 64);
+  }
+  for (; i + 16 <= n; i += 16) {
+    __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i), a);
+    int mask = _mm_movemask_epi8(a);
+    if (mask != 0)
+      return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
+  }
+  if (i < n) {
+    // The last, overlapping 16 bytes.
+    std::size_t last = n - 16;
+    __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + last));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + last), a);
+    int mask = _mm_movemask_epi8(a);
+    if (mask != 0)
+      return last + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
+  }
+  return n;
+}
+
+// copyAscii for long texts (n >= 256): the AVX2 kernel where the CPU has it.
+[[gnu::noinline]] inline std::size_t copyAsciiLong(char *dst, const char *src, std::size_t n) {
+  std::size_t i = haveAvx2() ? copyAsciiAvx2(dst, src, n) : 0;
+  return copyAsciiFrom(dst, src, i, n);
+}
+
 // Copies n bytes from src to dst while testing them; returns the number of
 // leading ASCII bytes (n when all are). Bytes after the first non-ASCII
 // one may or may not have been copied.
 inline std::size_t copyAscii(char *dst, const char *src, std::size_t n) {
-  std::size_t i = 0;
-  if (n >= 256 && haveAvx2())
-    i = copyAsciiAvx2(dst, src, n);
-  if (n >= 16) {
-    for (; i + 64 <= n; i += 64) {
-      __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i));
-      __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 16));
-      __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 32));
-      __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i + 48));
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i), a);
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 16), b);
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 32), c);
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i + 48), d);
-      if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) != 0)
-        return i + asciiPrefix(src + i, 64);
-    }
-    for (; i + 16 <= n; i += 16) {
-      __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + i));
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i), a);
-      int mask = _mm_movemask_epi8(a);
-      if (mask != 0)
-        return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
-    }
-    if (i < n) {
-      // The last, overlapping 16 bytes.
-      std::size_t last = n - 16;
-      __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(src + last));
-      _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + last), a);
-      int mask = _mm_movemask_epi8(a);
-      if (mask != 0)
-        return last + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
-    }
-    return n;
-  }
+  if (n >= 256)
+    return copyAsciiLong(dst, src, n);
+  if (n >= 16)
+    return copyAsciiFrom(dst, src, 0, n);
   if (n >= 8) {
     std::uint64_t head, tail;
     std::memcpy(&head, src, 8);
@@ -139,14 +156,14 @@ inline std::size_t copyAscii(char *dst, const char *src, std::size_t n) {
     std::memcpy(dst + n - 8, &tail, 8);
     if (((head | tail) & 0x8080808080808080ULL) == 0)
       return n;
-    return asciiPrefix(src, n);
+    return asciiPrefixFrom(src, 0, n);
   }
   unsigned char high = 0;
-  for (; i < n; ++i) {
+  for (std::size_t i = 0; i < n; ++i) {
     dst[i] = src[i];
     high |= static_cast<unsigned char>(src[i]);
   }
-  return (high & 0x80) ? asciiPrefix(src, n) : n;
+  return (high & 0x80) ? asciiPrefixFrom(src, 0, n) : n;
 }
 
 // A quick look at the first bytes (16 at most, one vector load): false when
@@ -207,7 +224,7 @@ __attribute__((always_inline)) inline bool asciiCompatibleName(const char *e) {
 }
 
 // The names that pass I18NConverter::isUTF8.
-inline bool utf8Name(const char *e) {
+__attribute__((always_inline)) inline bool utf8Name(const char *e) {
   return asciiCompatibleName(e) && (e == nullptr || e[0] == '\0' || (e[0] | 0x20) == 'u' || (e[0] | 0x20) == 'a');
 }
 
@@ -219,6 +236,9 @@ struct I18NStringAccess {
   static int asciiLength(const I18NString &s) { return s.m_asciiBufLength; }
   static icu::UnicodeString *unicodeForm(const I18NString &s) { return s.unicodeForm(); }
   static icu::UnicodeString &forceUnicode(const I18NString &s) { return s.forceUnicode(); }
+  // The destructor's slow part: byte forms, the Unicode form, and an ASCII
+  // buffer from the allocator callback.
+  [[gnu::noinline]] static void releaseOwned(I18NString &s);
 };
 
 #endif // XYLCORE_SRC_I18N_CPP_I18N_STRING_INTERNAL_H

@@ -48,20 +48,35 @@ const icu::Normalizer2 *normalizerFor(Mode mode, UErrorCode &status) {
 // 1 no, 2 yes. Worked out once per process.
 std::atomic<int> g_japanesePlatform{0};
 
+// Whether `converter` (ICU's canonical converter name) is one of the IBM
+// Japanese code pages 943, 942 and 33722. The five names are those tables'
+// converters in the ICU builds the step was made for; other ICU builds ship
+// the same code pages under other revision suffixes (ICU 72 has
+// "ibm-943_P15A-2003" for Shift_JIS and has none of the 2000 revisions), so a
+// converter of the same code page number counts too.
+bool isJapaneseIbmConverter(const char *converter) {
+  static const char *const kJapanese[] = {"ibm-943_P15A_P14A-2003", "ibm-943_P130-2000", "ibm-33722",
+                                          "ibm-942_P120-2000", "ibm-942_P12A-2000"};
+  static const char *const kCodePages[] = {"ibm-943_", "ibm-942_", "ibm-33722_"};
+  for (const char *name : kJapanese)
+    if (std::strcmp(converter, name) == 0)
+      return true;
+  for (const char *prefix : kCodePages)
+    if (std::strncmp(converter, prefix, std::strlen(prefix)) == 0)
+      return true;
+  return false;
+}
+
 bool japanesePlatform() {
   int known = g_japanesePlatform.load(std::memory_order_acquire);
   if (known != 0)
     return known == 2;
-  static const char *const kJapanese[] = {"ibm-943_P15A_P14A-2003", "ibm-943_P130-2000", "ibm-33722",
-                                          "ibm-942_P120-2000", "ibm-942_P12A-2000"};
   UErrorCode status = U_ZERO_ERROR;
   const char *alias = ucnv_getAlias(I18NGetPlatformDefaultEncoding(), 0, &status);
   if (U_FAILURE(status) || alias == nullptr)
     raiseRuntime(I18N_GENERAL_FAILURE,
                  "Resources access error, could not find the alias for the platform default encoding name.");
-  bool japanese = false;
-  for (const char *name : kJapanese)
-    japanese = japanese || std::strcmp(alias, name) == 0;
+  const bool japanese = isJapaneseIbmConverter(alias);
   g_japanesePlatform.store(japanese ? 2 : 1, std::memory_order_release);
   return japanese;
 }
