@@ -752,20 +752,7 @@ namespace {
 // Runs the probe under `environment` ("NAME=value ..." prefixed to the
 // command) and returns its two lines.
 std::vector<std::string> probePlatformDefault(const std::string &environment) {
-  const std::string command = "env -i " + environment + " '" XYL_I18N_PLATFORM_PROBE "'";
-  std::vector<std::string> lines;
-  std::FILE *pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr)
-    return lines;
-  char line[256];
-  while (std::fgets(line, sizeof line, pipe) != nullptr) {
-    std::string text = line;
-    if (!text.empty() && text.back() == '\n')
-      text.pop_back();
-    lines.push_back(text);
-  }
-  pclose(pipe);
-  return lines;
+  return i18ntest::commandOutputLines("env -i " + environment + " '" XYL_I18N_PLATFORM_PROBE "'");
 }
 
 } // namespace

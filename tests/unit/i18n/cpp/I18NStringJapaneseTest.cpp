@@ -3,6 +3,8 @@
 // process, so each case runs a probe process with its own environment. The
 // Shift_JIS and EUC-JP locales are built into a scratch directory with
 // localedef (skipped when the machine cannot build them).
+#include "I18NTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -51,20 +53,7 @@ private:
 // The probe's three lines: platform encoding, normalised, normalised with the
 // step skipped.
 std::vector<std::string> runProbe(const std::string &environment) {
-  const std::string command = "env -i " + environment + " '" XYL_I18N_JAPANESE_PROBE "' " + kInput;
-  std::vector<std::string> lines;
-  std::FILE *pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr)
-    return lines;
-  char line[512];
-  while (std::fgets(line, sizeof line, pipe) != nullptr) {
-    std::string text = line;
-    if (!text.empty() && text.back() == '\n')
-      text.pop_back();
-    lines.push_back(text);
-  }
-  pclose(pipe);
-  return lines;
+  return i18ntest::commandOutputLines("env -i " + environment + " '" XYL_I18N_JAPANESE_PROBE "' " + kInput);
 }
 
 } // namespace

@@ -21,6 +21,24 @@
 
 namespace i18ntest {
 
+// Runs a shell command and returns the lines it printed, without their line
+// feeds (empty when it cannot be started).
+inline std::vector<std::string> commandOutputLines(const std::string &command) {
+  std::vector<std::string> lines;
+  std::FILE *pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr)
+    return lines;
+  char line[512];
+  while (std::fgets(line, sizeof line, pipe) != nullptr) {
+    std::string text = line;
+    if (!text.empty() && text.back() == '\n')
+      text.pop_back();
+    lines.push_back(text);
+  }
+  pclose(pipe);
+  return lines;
+}
+
 inline std::u16string utf16(const std::string &utf8) {
   icu::UnicodeString text = icu::UnicodeString::fromUTF8(utf8);
   return std::u16string(reinterpret_cast<const char16_t *>(text.getBuffer()), static_cast<size_t>(text.length()));
