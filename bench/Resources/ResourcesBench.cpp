@@ -24,7 +24,7 @@ const int kQueries = 4096;
 struct Data {
   std::vector<std::pair<unsigned int, std::string>> pairs; // sorted by number
   std::vector<unsigned int> queries;                       // present numbers, shuffled
-  std::string path;
+  std::string image;                                       // the compiled catalog
 };
 
 const Data &data() {
@@ -47,22 +47,37 @@ const Data &data() {
     }
     for (int i = 0; i < kQueries; ++i)
       d.queries.push_back(d.pairs[next() % kEntries].first);
-    std::string image, error;
-    XYLCatalogCompiler::write(entries, image, error);
-    d.path = "/tmp/xyl_bench_catalog_" + std::to_string(::getpid()) + ".bmf";
-    std::FILE *file = std::fopen(d.path.c_str(), "wb");
-    std::fwrite(image.data(), 1, image.size(), file);
-    std::fclose(file);
+    std::string error;
+    XYLCatalogCompiler::write(entries, d.image, error);
     return d;
   }();
   return all;
 }
 
+// Writes the catalog to a temporary file for `open`, then removes it:
+// whole-file loading no longer needs the file once open.
+template <class Open> void openFromTemporaryFile(Open open) {
+  const std::string path = "/tmp/xyl_bench_catalog_" + std::to_string(::getpid()) + ".bmf";
+  std::FILE *file = std::fopen(path.c_str(), "wb");
+  std::fwrite(data().image.data(), 1, data().image.size(), file);
+  std::fclose(file);
+  open(path.c_str());
+  ::unlink(path.c_str());
+}
+
+const std::pair<unsigned int, std::string> *findPair(unsigned int key) {
+  const auto &pairs = data().pairs;
+  const auto it =
+      std::lower_bound(pairs.begin(), pairs.end(), key,
+                       [](const std::pair<unsigned int, std::string> &p, unsigned int k) { return p.first < k; });
+  return it != pairs.end() && it->first == key ? &*it : nullptr;
+}
+
 void BM_XylCatalogLookup(benchmark::State &state) {
   const Data &d = data();
-  // Opened once: whole-file loading no longer needs the file afterwards.
-  static XYLResourceFile catalog(d.path.c_str(), nullptr, XYLResourceFile::XYLResourceWholeFile);
-  ::unlink(d.path.c_str());
+  static XYLResourceFile catalog(XYLResourceFile::XYLResourceWholeFile);
+  if (!catalog.isOpen())
+    openFromTemporaryFile([](const char *path) { catalog.open(path, nullptr); });
   if (!catalog.isOpen()) {
     state.SkipWithError("catalog did not open");
     return;
@@ -80,11 +95,8 @@ void BM_StdLowerBound(benchmark::State &state) {
   const Data &d = data();
   std::size_t i = 0;
   for (auto _ : state) {
-    const unsigned int key = d.queries[i++ % kQueries];
-    const auto it =
-        std::lower_bound(d.pairs.begin(), d.pairs.end(), key,
-                         [](const std::pair<unsigned int, std::string> &p, unsigned int k) { return p.first < k; });
-    std::string found = (it != d.pairs.end() && it->first == key) ? it->second : std::string();
+    const auto *pair = findPair(d.queries[i++ % kQueries]);
+    std::string found = pair != nullptr ? pair->second : std::string();
     benchmark::DoNotOptimize(found);
   }
 }
@@ -94,19 +106,8 @@ BENCHMARK(BM_StdLowerBound);
 void BM_XylCatalogLookupNoCopy(benchmark::State &state) {
   const Data &d = data();
   static XYLCatalogReader reader(true);
-  if (!reader.isOpen()) {
-    const std::string image = d.path + ".raw";
-    std::string bytes, error;
-    std::vector<XYLCatalogEntry> entries;
-    for (const auto &p : d.pairs)
-      entries.push_back({p.first, p.second, 0});
-    XYLCatalogCompiler::write(entries, bytes, error);
-    std::FILE *file = std::fopen(image.c_str(), "wb");
-    std::fwrite(bytes.data(), 1, bytes.size(), file);
-    std::fclose(file);
-    reader.open(image.c_str());
-    ::unlink(image.c_str());
-  }
+  if (!reader.isOpen())
+    openFromTemporaryFile([](const char *path) { reader.open(path); });
   std::size_t i = 0;
   for (auto _ : state) {
     std::size_t length = 0;
@@ -119,11 +120,8 @@ void BM_StdLowerBoundNoCopy(benchmark::State &state) {
   const Data &d = data();
   std::size_t i = 0;
   for (auto _ : state) {
-    const unsigned int key = d.queries[i++ % kQueries];
-    const auto it =
-        std::lower_bound(d.pairs.begin(), d.pairs.end(), key,
-                         [](const std::pair<unsigned int, std::string> &p, unsigned int k) { return p.first < k; });
-    const char *found = (it != d.pairs.end() && it->first == key) ? it->second.c_str() : nullptr;
+    const auto *pair = findPair(d.queries[i++ % kQueries]);
+    const char *found = pair != nullptr ? pair->second.c_str() : nullptr;
     benchmark::DoNotOptimize(found);
   }
 }

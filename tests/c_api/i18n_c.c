@@ -6,19 +6,11 @@
 #define _POSIX_C_SOURCE 200809L /* mkstemp, fdopen */
 #include <XYLCore/i18n/c/i18n_c.h>
 
+#include "c_check.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-
-static int failures = 0;
-
-#define CHECK(cond)                                                                                                    \
-  do {                                                                                                                 \
-    if (!(cond)) {                                                                                                     \
-      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);                                         \
-      ++failures;                                                                                                      \
-    }                                                                                                                  \
-  } while (0)
 
 /* An allocator that counts its blocks and can be told to fail. */
 struct Pool {

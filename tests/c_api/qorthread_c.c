@@ -5,18 +5,10 @@
  */
 #include <XYLCore/QorThread/qorthread.h>
 
+#include "c_check.h"
+
 #include <stdio.h>
 #include <string.h>
-
-static int failures = 0;
-
-#define CHECK(cond)                                                                                                    \
-  do {                                                                                                                 \
-    if (!(cond)) {                                                                                                     \
-      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);                                         \
-      ++failures;                                                                                                      \
-    }                                                                                                                  \
-  } while (0)
 
 struct Shared {
   QorMutex_ mutex;
