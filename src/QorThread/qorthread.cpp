@@ -479,8 +479,6 @@ bool runGuarded(QorThreadRoutine routine, void *arg, void **resultP) {
   return false;
 }
 
-int unlockForWait(QorOsMutex *m) { return qor_os::mutexUnlock(m); }
-
 } // namespace
 
 void qorThreadSetExceptionGuard(QorThreadExceptionGuard guard) {
@@ -498,6 +496,10 @@ void qorThreadEntryRoutine(QorThreadRec_ *self) {
   // The run check: Initial runs (and becomes Running), Running runs as it
   // is, any other state (cancelled before the start) does not run.
   QorThreadState state = testCancelSelf(self);
+  if (state == QorThreadStateSuspended) { // released from a suspended start
+    self->demise.store(QorThreadDemiseNotDead, std::memory_order_relaxed);
+    state = QorThreadStateInitial;
+  }
   bool run = state == QorThreadStateInitial || state == QorThreadStateRunning;
   if (state == QorThreadStateInitial)
     changeState(self, QorThreadStateRunning);
@@ -644,6 +646,10 @@ int qorThreadCreate(QorThreadRoutine routine, void *arg, QorThread_ *threadP, ..
     thread->started = suspended ? 0 : 1;
     thread->suspendCount.store(suspended ? 1 : 0, std::memory_order_relaxed);
     int stackSize = attrs.intValue[QorThreadAttrStackSize];
+    // The caller's handle is stored before the thread can run, so that the
+    // routine finds it (a join of itself must see its own handle).
+    if (threadP != nullptr)
+      *threadP = thread;
     // After a successful start a detached record may already be gone.
     rc = qor_os::threadStart(thread, stackSize > 0 ? static_cast<unsigned int>(stackSize) : 0u, suspended ? 1 : 0, &id);
     if (rc != QORTHREAD_OK) {
@@ -651,10 +657,10 @@ int qorThreadCreate(QorThreadRoutine routine, void *arg, QorThread_ *threadP, ..
       changeState(thread, QorThreadStateException);
       destroyThreadRecord(thread);
       thread = nullptr;
+      if (threadP != nullptr)
+        *threadP = nullptr;
     }
   }
-  if (rc == QORTHREAD_OK && threadP != nullptr)
-    *threadP = thread;
 
   traceBadList(kThreadAttrs, attrs);
   if (tracing(attrs.syntax)) {
@@ -735,10 +741,11 @@ int qorThreadContinue(QorThread_ thread) {
     if (thread->suspendCount.load(std::memory_order_relaxed) > 0 &&
         thread->suspendCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
       if (!thread->started) {
-        // A suspended start: the thread goes on as if started normally.
+        // A suspended start: the thread's entry takes it from Suspended to
+        // Running. It never passes through Initial, whose traps mean that
+        // the routine has returned.
         thread->started = 1;
         openGate = true;
-        changeState(thread, QorThreadStateInitial);
       } else {
         unpark = true;
         if (thread->state.load(std::memory_order_relaxed) == QorThreadStateSuspended)
@@ -1113,78 +1120,11 @@ int qorThreadSemaphorePost(QorSemaphore_ s) {
 
 namespace {
 
-int conditionInit(QorConditionRec_ *cv) {
-  if (qor_os::mutexInit(&cv->waitersLock, QorOsMutexPlain) != QORTHREAD_OK)
-    return QORTHREAD_ERROR;
-  qor_os::semInit(&cv->sem, 0, kInternalSemaphoreMaximum);
-  qor_os::eventInit(&cv->done, 0, 0);
-  cv->waiters.store(0, std::memory_order_relaxed);
-  cv->wasBroadcast.store(0, std::memory_order_relaxed);
-  cv->valid = 1;
-  return QORTHREAD_OK;
-}
-
-void conditionDestroy(QorConditionRec_ *cv) {
-  cv->valid = 0;
-  qor_os::mutexDestroy(&cv->waitersLock);
-}
-
-// A woken waiter leaves the count. After any broadcast (the flag is never
-// cleared) it does so under the waiters lock, and the one that brings the
-// count to 0 sets the done event.
-void conditionLeave(QorConditionRec_ *cv) {
-  if (!cv->wasBroadcast.load(std::memory_order_acquire)) {
-    // A broadcast may have begun since the flag was read; if this waiter
-    // turns out to be its last one, it must still set the done event.
-    if (cv->waiters.fetch_sub(1, std::memory_order_seq_cst) == 1 && cv->wasBroadcast.load(std::memory_order_seq_cst))
-      qor_os::eventSet(&cv->done);
-    return;
-  }
-  qor_os::criticalEnter();
-  qor_os::mutexLock(&cv->waitersLock);
-  if (cv->waiters.fetch_sub(1, std::memory_order_acq_rel) == 1)
-    qor_os::eventSet(&cv->done);
-  qor_os::mutexUnlock(&cv->waitersLock);
-  qor_os::criticalLeave();
-}
-
-// Wait on `cv` releasing `m` (held by the caller, either mutex kind).
-// A waiter whose wait fails or expires gives its count back before it takes
-// `m` again: a broadcast holds `m` while it waits for the count to reach 0,
-// so giving it back afterwards could never happen.
+// Waits on `cv` releasing `m` (held by the caller, either mutex kind). An
+// infinite wait cannot expire; a time-out reported for it would be an error.
 int conditionWait(QorConditionRec_ *cv, QorOsMutex *m, unsigned int ms) {
-  cv->waiters.fetch_add(1, std::memory_order_acq_rel);
-  int rc = unlockForWait(m);
-  if (rc != QORTHREAD_OK) {
-    cv->waiters.fetch_sub(1, std::memory_order_acq_rel);
-    return rc;
-  }
-  int waited = qor_os::semWait(&cv->sem, ms);
-  if (waited == QORTHREAD_TIMEOUT && ms == QORTHREAD_INFINITE)
-    waited = QORTHREAD_ERROR;
-  conditionLeave(cv);
-  int relocked = qor_os::mutexLock(m);
-  return waited != QORTHREAD_OK ? waited : relocked;
-}
-
-int conditionSignal(QorConditionRec_ *cv) {
-  if (cv->waiters.load(std::memory_order_acquire) <= 0)
-    return QORTHREAD_OK; // nobody waits: the signal is lost
-  return qor_os::semPost(&cv->sem, 1);
-}
-
-int conditionBroadcast(QorConditionRec_ *cv) {
-  if (cv->waiters.load(std::memory_order_acquire) <= 0)
-    return QORTHREAD_OK;
-  cv->wasBroadcast.store(1, std::memory_order_seq_cst);
-  // Counted again: waiters that left before the flag was up are gone.
-  int waiters = cv->waiters.load(std::memory_order_seq_cst);
-  if (waiters <= 0)
-    return QORTHREAD_OK;
-  int rc = qor_os::semPost(&cv->sem, static_cast<unsigned int>(waiters));
-  if (rc != QORTHREAD_OK)
-    return rc;
-  return qor_os::eventWait(&cv->done, QORTHREAD_INFINITE);
+  int rc = qor_os::condWait(&cv->os, m, ms);
+  return rc == QORTHREAD_TIMEOUT && ms == QORTHREAD_INFINITE ? QORTHREAD_ERROR : rc;
 }
 
 } // namespace
@@ -1198,15 +1138,11 @@ int qorThreadConditionCreate(QorCondition_ *cvP, ...) {
   QorConditionRec_ *cv = nullptr;
   int rc = beginCreate(cvP, attrs, cv);
   if (rc == QORTHREAD_OK) {
-    rc = conditionInit(cv);
-    if (rc != QORTHREAD_OK) {
-      deleteRecord(cv);
-      cv = nullptr;
-    } else {
-      cv->traceObj = attrs.traceObj();
-      cv->syntax = attrs.syntax;
-      *cvP = cv;
-    }
+    qor_os::condInit(&cv->os);
+    cv->traceObj = attrs.traceObj();
+    cv->syntax = attrs.syntax;
+    cv->valid = 1;
+    *cvP = cv;
   }
   traceBadList(kConditionAttrs, attrs);
   if (tracing(attrs.syntax)) {
@@ -1220,7 +1156,7 @@ int qorThreadConditionCreate(QorCondition_ *cvP, ...) {
 int qorThreadConditionDestroy(QorCondition_ cv) {
   if (cv == nullptr)
     return QORTHREAD_BADPARM;
-  conditionDestroy(cv);
+  cv->valid = 0;
   deleteRecord(cv);
   return QORTHREAD_OK;
 }
@@ -1252,13 +1188,15 @@ int qorThreadConditionTimedWaitCS(QorCondition_ cv, QorMutex_ cs, unsigned int m
 int qorThreadConditionSignal(QorCondition_ cv) {
   if (cv == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionSignal(cv);
+  qor_os::condSignal(&cv->os);
+  return QORTHREAD_OK;
 }
 
 int qorThreadConditionBroadcast(QorCondition_ cv) {
   if (cv == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionBroadcast(cv);
+  qor_os::condBroadcast(&cv->os);
+  return QORTHREAD_OK;
 }
 
 // ---- events ----------------------------------------------------------------------
@@ -1335,6 +1273,12 @@ unsigned int remainingOf(unsigned int ms, unsigned long long start) {
   return elapsed >= ms ? 0u : static_cast<unsigned int>(ms - elapsed);
 }
 
+class RWGuardLock;
+int conditionWait(QorRWLockRec_ *rw, QorOsCondition *cv, unsigned int ms) {
+  int rc = qor_os::condWait(cv, &rw->guard, ms);
+  return rc == QORTHREAD_TIMEOUT && ms == QORTHREAD_INFINITE ? QORTHREAD_ERROR : rc;
+}
+
 class RWGuardLock {
 public:
   explicit RWGuardLock(QorRWLockRec_ *rw) : m_rw(rw) { qor_os::mutexLock(&m_rw->guard); }
@@ -1346,13 +1290,15 @@ private:
   QorRWLockRec_ *m_rw;
 };
 
-unsigned int readersOf(const QorRWLockRec_ *rw) { return rw->state.load(std::memory_order_acquire) / kRWLockReader; }
+unsigned int readersOf(unsigned int state) { return state / kRWLockReader; }
 
-// Enters as a reader with one compare-and-swap while no writer holds or
-// waits; false sends the caller to the guarded path.
+// Uncontended entries and exits: one compare-and-swap each. A reader enters
+// while no writer holds or waits; a writer enters a free lock that nobody
+// waits for; either leaves by the fast path while nobody waits. Anything
+// else goes to the guarded path.
 bool rwFastReadLock(QorRWLockRec_ *rw) {
   unsigned int state = rw->state.load(std::memory_order_relaxed);
-  while ((state & kRWLockSlow) == 0) {
+  while ((state & (kRWLockWriter | kRWLockSlow)) == 0) {
     if (rw->state.compare_exchange_weak(state, state + kRWLockReader, std::memory_order_acquire,
                                         std::memory_order_relaxed))
       return true;
@@ -1360,31 +1306,54 @@ bool rwFastReadLock(QorRWLockRec_ *rw) {
   return false;
 }
 
-// Leaves as a reader while no writer waits; false sends the caller to the
-// guarded path, which wakes the writer when the last reader leaves.
-bool rwFastReadUnlock(QorRWLockRec_ *rw) {
+bool rwFastWriteLock(QorRWLockRec_ *rw) {
+  unsigned int state = 0;
+  return rw->state.compare_exchange_strong(state, kRWLockWriter, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+bool rwFastUnlock(QorRWLockRec_ *rw) {
   unsigned int state = rw->state.load(std::memory_order_relaxed);
-  while ((state & kRWLockSlow) == 0 && state >= kRWLockReader) {
-    if (rw->state.compare_exchange_weak(state, state - kRWLockReader, std::memory_order_release,
+  for (;;) {
+    if ((state & kRWLockSlow) != 0 || state == 0)
+      return false; // somebody to wake, or not held at all
+    unsigned int next = (state & kRWLockWriter) != 0 ? 0u : state - kRWLockReader;
+    if (rw->state.compare_exchange_weak(state, next, std::memory_order_release, std::memory_order_relaxed))
+      return true;
+  }
+}
+
+// Under the guard: the slow flag is up exactly while somebody waits.
+void rwUpdateSlowFlag(QorRWLockRec_ *rw) {
+  if (rw->waitingWriters > 0 || rw->waitingReaders > 0)
+    rw->state.fetch_or(kRWLockSlow, std::memory_order_acq_rel);
+  else
+    rw->state.fetch_and(~kRWLockSlow, std::memory_order_acq_rel);
+}
+
+// Under the guard: takes the write lock when no reader or writer holds it.
+// The check and the take are one compare-and-swap, so no reader can enter in
+// between.
+bool rwTryTakeWrite(QorRWLockRec_ *rw) {
+  unsigned int state = rw->state.load(std::memory_order_relaxed);
+  while ((state & kRWLockWriter) == 0 && readersOf(state) == 0) {
+    if (rw->state.compare_exchange_weak(state, state | kRWLockWriter, std::memory_order_acquire,
                                         std::memory_order_relaxed))
       return true;
   }
   return false;
 }
 
-// Under the guard: the fast path stays shut while a writer holds or waits.
-void rwUpdateSlowFlag(QorRWLockRec_ *rw) {
-  if (rw->writerHeld || rw->waitingWriters > 0)
-    rw->state.fetch_or(kRWLockSlow, std::memory_order_acq_rel);
-  else
-    rw->state.fetch_and(~kRWLockSlow, std::memory_order_acq_rel);
-}
-
-// Under the guard: readers that wait are let in once no writer holds or waits.
-int rwWakeReadersIfFree(QorRWLockRec_ *rw) {
-  if (!rw->writerHeld && rw->waitingWriters == 0 && rw->waitingReaders > 0)
-    return conditionBroadcast(&rw->readers);
-  return QORTHREAD_OK;
+// Under the guard: whom a change of the lock lets go. A waiting writer is
+// woken once nobody holds the lock; waiting readers once no writer holds or
+// waits.
+void rwWakeWaiters(QorRWLockRec_ *rw) {
+  unsigned int state = rw->state.load(std::memory_order_acquire);
+  if (rw->waitingWriters > 0) {
+    if ((state & kRWLockWriter) == 0 && readersOf(state) == 0)
+      qor_os::condSignal(&rw->writers);
+  } else if (rw->waitingReaders > 0 && (state & kRWLockWriter) == 0) {
+    qor_os::condBroadcast(&rw->readers);
+  }
 }
 
 // The write lock with an optional limit (QORTHREAD_INFINITE for none).
@@ -1392,16 +1361,14 @@ int rwWriteLock(QorRWLockRec_ *rw, unsigned int ms) {
   unsigned long long start = ms == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
   RWGuardLock guard(rw);
   ++rw->waitingWriters;
-  rwUpdateSlowFlag(rw);
+  rwUpdateSlowFlag(rw); // shuts the readers' fast path before the check
   int rc = QORTHREAD_OK;
-  while (rc == QORTHREAD_OK && (rw->writerHeld || readersOf(rw) != 0))
-    rc = conditionWait(&rw->writers, &rw->guard, remainingOf(ms, start));
+  while (rc == QORTHREAD_OK && !rwTryTakeWrite(rw))
+    rc = conditionWait(rw, &rw->writers, remainingOf(ms, start));
   --rw->waitingWriters;
-  if (rc == QORTHREAD_OK)
-    rw->writerHeld = 1;
   rwUpdateSlowFlag(rw);
   if (rc != QORTHREAD_OK)
-    rwWakeReadersIfFree(rw); // the readers this writer held back
+    rwWakeWaiters(rw); // the readers this writer held back
   return rc;
 }
 
@@ -1412,12 +1379,14 @@ int rwSlowReadLock(QorRWLockRec_ *rw, unsigned int ms, bool keepCountOnError) {
   unsigned long long start = ms == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
   RWGuardLock guard(rw);
   // Writers are preferred: a reader also waits while a writer waits.
-  while (rw->writerHeld || rw->waitingWriters > 0) {
+  while ((rw->state.load(std::memory_order_acquire) & kRWLockWriter) != 0 || rw->waitingWriters > 0) {
     ++rw->waitingReaders;
-    int rc = conditionWait(&rw->readers, &rw->guard, remainingOf(ms, start));
+    rwUpdateSlowFlag(rw);
+    int rc = conditionWait(rw, &rw->readers, remainingOf(ms, start));
     if (rc == QORTHREAD_ERROR && keepCountOnError)
       return rc;
     --rw->waitingReaders;
+    rwUpdateSlowFlag(rw);
     if (rc != QORTHREAD_OK)
       return rc;
   }
@@ -1438,14 +1407,8 @@ int qorThreadRWLockCreate(QorRWLock_ *rwP, ...) {
   if (rc == QORTHREAD_OK) {
     rc = qor_os::mutexInit(&rw->guard, QorOsMutexPlain);
     if (rc == QORTHREAD_OK) {
-      rc = conditionInit(&rw->readers);
-      if (rc == QORTHREAD_OK) {
-        rc = conditionInit(&rw->writers);
-        if (rc != QORTHREAD_OK)
-          conditionDestroy(&rw->readers);
-      }
-      if (rc != QORTHREAD_OK)
-        qor_os::mutexDestroy(&rw->guard);
+      qor_os::condInit(&rw->readers);
+      qor_os::condInit(&rw->writers);
     }
     if (rc != QORTHREAD_OK) {
       rc = QORTHREAD_ERROR;
@@ -1471,8 +1434,6 @@ int qorThreadRWLockDestroy(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
   rw->valid = 0;
-  conditionDestroy(&rw->writers);
-  conditionDestroy(&rw->readers);
   qor_os::mutexDestroy(&rw->guard);
   deleteRecord(rw);
   return QORTHREAD_OK;
@@ -1481,23 +1442,25 @@ int qorThreadRWLockDestroy(QorRWLock_ rw) {
 int qorThreadRWLockWriteLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
+  if (rwFastWriteLock(rw))
+    return QORTHREAD_OK;
   return rwWriteLock(rw, QORTHREAD_INFINITE);
 }
 
 int qorThreadRWLockTryWriteLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
+  if (rwFastWriteLock(rw))
+    return QORTHREAD_OK;
   RWGuardLock guard(rw);
-  if (rw->writerHeld || readersOf(rw) != 0)
-    return QORTHREAD_INUSE;
-  rw->writerHeld = 1;
-  rwUpdateSlowFlag(rw);
-  return QORTHREAD_OK;
+  return rwTryTakeWrite(rw) ? QORTHREAD_OK : QORTHREAD_INUSE;
 }
 
 int qorThreadRWLockTimedWriteLock(QorRWLock_ rw, unsigned int milliseconds) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
+  if (rwFastWriteLock(rw))
+    return QORTHREAD_OK;
   return rwWriteLock(rw, milliseconds);
 }
 
@@ -1527,20 +1490,16 @@ int qorThreadRWLockTimedReadLock(QorRWLock_ rw, unsigned int milliseconds) {
 int qorThreadRWLockUnlock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  if (rwFastReadUnlock(rw))
+  if (rwFastUnlock(rw))
     return QORTHREAD_OK;
   RWGuardLock guard(rw);
-  if (rw->writerHeld) {
-    rw->writerHeld = 0;
-    rwUpdateSlowFlag(rw);
-  } else if (readersOf(rw) != 0) {
+  unsigned int state = rw->state.load(std::memory_order_relaxed);
+  if ((state & kRWLockWriter) != 0)
+    rw->state.fetch_and(~kRWLockWriter, std::memory_order_release);
+  else if (readersOf(state) != 0)
     rw->state.fetch_sub(kRWLockReader, std::memory_order_release);
-  }
-  // A waiting writer is woken as soon as no reader is left; readers wait
-  // until no writer holds or waits.
-  if (rw->waitingWriters > 0)
-    return readersOf(rw) == 0 ? conditionSignal(&rw->writers) : QORTHREAD_OK;
-  return rwWakeReadersIfFree(rw);
+  rwWakeWaiters(rw);
+  return QORTHREAD_OK;
 }
 
 // ---- thread-local keys ---------------------------------------------------------------

@@ -17,13 +17,19 @@
 
 // A mutex of one of the kinds below.
 struct QorOsMutex {
-  alignas(16) unsigned char opaque[64];
+  alignas(8) unsigned char opaque[16];
 };
 
 enum QorOsMutexKind {
   QorOsMutexPlain = 0,          // not recursive; internal short sections
   QorOsMutexRecursive = 1,      // recursive for its owner (critical-section kind)
   QorOsMutexRobustRecursive = 2 // recursive, and acquired when its owner died holding it
+};
+
+// A condition variable: a signal releases one thread that was already
+// waiting when it was given, a broadcast every such thread.
+struct QorOsCondition {
+  alignas(8) unsigned char opaque[24];
 };
 
 // A counting semaphore with a maximum count.
@@ -33,7 +39,7 @@ struct QorOsSemaphore {
 
 // A manual- or auto-reset event.
 struct QorOsEvent {
-  alignas(8) unsigned char opaque[16];
+  alignas(8) unsigned char opaque[32];
 };
 
 // The operating-system side of a thread (handle, start gate, park word).
@@ -119,15 +125,11 @@ struct QorSemaphoreRec_ {
   int syntax;
 };
 
-// The condition variable is a semaphore-and-event emulation: waiters sleep
-// on the semaphore; a broadcast releases all of them and waits for the done
-// event that the last woken waiter sets.
+// Waiters queue in arrival order inside the backend's condition; a signal
+// can only release a thread that was already waiting, so a thread that
+// signals and then waits never takes its own signal.
 struct QorConditionRec_ {
-  std::atomic<int> waiters;
-  QorOsMutex waitersLock;
-  QorOsSemaphore sem;            // initial 0, maximum 0x7FFFFFF
-  QorOsEvent done;               // auto-reset, initially not signalled
-  std::atomic<int> wasBroadcast; // never cleared once set
+  QorOsCondition os;
   void *traceObj;
   int valid;
   int syntax;
@@ -140,23 +142,25 @@ struct QorEventRec_ {
   int syntax;
 };
 
-// Readers take and give back the lock with one compare-and-swap on `state`
-// while no writer holds or waits; everything else goes through `guard`.
-// `state` holds twice the number of readers, plus kRWLockSlow while a writer
-// holds the lock or waits for it (so no new reader enters by the fast path:
-// writers are preferred). The flag and the writer fields change only under
+// Readers and writers take and give back an uncontended lock with one
+// compare-and-swap on `state`; everything else goes through `guard`.
+// `state` holds kRWLockWriter while a writer holds the lock, the number of
+// readers in units of kRWLockReader, and kRWLockSlow while any thread waits
+// (so that no reader enters by the fast path while a writer waits: writers
+// are preferred; and so that the unlock that must wake somebody takes the
+// guarded path). The waiting counts and the slow flag change only under
 // `guard`.
-constexpr unsigned int kRWLockSlow = 1u;
-constexpr unsigned int kRWLockReader = 2u;
+constexpr unsigned int kRWLockWriter = 1u;
+constexpr unsigned int kRWLockSlow = 2u;
+constexpr unsigned int kRWLockReader = 4u;
 
 struct QorRWLockRec_ {
   QorOsMutex guard;
   std::atomic<unsigned int> state;
-  QorConditionRec_ readers;
+  QorOsCondition readers;
   int waitingReaders;
-  QorConditionRec_ writers;
+  QorOsCondition writers;
   int waitingWriters;
-  int writerHeld;
   void *traceObj;
   int valid;
   int syntax;
@@ -230,6 +234,15 @@ void semInit(QorOsSemaphore *s, unsigned int initial, unsigned int maximum);
 int semWait(QorOsSemaphore *s, unsigned int ms); // QORTHREAD_TIMEOUT on expiry or an empty poll
 int semPost(QorOsSemaphore *s, unsigned int n);  // QORTHREAD_ERROR past the maximum
 
+// Condition variables wait with either mutex kind; `m` is held by the caller
+// (one level is released for the wait and taken again after it).
+void condInit(QorOsCondition *c);
+int condWait(QorOsCondition *c, QorOsMutex *m, unsigned int ms); // QORTHREAD_TIMEOUT on expiry
+void condSignal(QorOsCondition *c);
+void condBroadcast(QorOsCondition *c);
+
+// A set of an auto-reset event with waiters releases exactly one of them;
+// without waiters it leaves the event signalled.
 void eventInit(QorOsEvent *e, int manualReset, int signaled);
 int eventWait(QorOsEvent *e, unsigned int ms);
 void eventSet(QorOsEvent *e);

@@ -2,31 +2,18 @@
 #include <XYLCore/ThreadPools/XYLSentinelQueue.h>
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
-#include <XYLCore/Threads/XYLThread.h>
 #include <XYLCore/Threads/XYLThreadGuard.h>
 
 #include <new>
 
 namespace {
-// How often a consumer looks for an element, giving up the processor in
-// between, before it sleeps on the semaphore.
-const int kPollsBeforeSleeping = 16;
+// The spare nodes a queue keeps at most: enough for any burst a pool sees,
+// small enough not to hold on to the memory of a one-off flood.
+const unsigned long kMaxSpareNodes = 1024;
 } // namespace
 
-bool XYLSentinelQueue::takeItem(unsigned long timeout) {
-  // A consumer that sleeps makes every producer's post a system call until
-  // it has woken; while elements keep coming, looking again costs less.
-  if (timeout != 0)
-    for (int i = 0; i < kPollsBeforeSleeping; ++i) {
-      if (m_items.tryWait() != 0)
-        return true;
-      XYLThread::yield();
-    }
-  return m_items.timedWait(timeout) != 0;
-}
-
 XYLSentinelQueue::XYLSentinelQueue(unsigned long capacity)
-    : m_list(), m_items(0), m_pFreeSlots(nullptr), m_capacity(capacity) {
+    : m_list(), m_spare(), m_spareCount(0), m_items(0), m_pFreeSlots(nullptr), m_capacity(capacity) {
   if (capacity != 0) {
     m_pFreeSlots = new (std::nothrow) XYLThreadSemaphore(capacity);
     if (m_pFreeSlots == nullptr)
@@ -36,20 +23,31 @@ XYLSentinelQueue::XYLSentinelQueue(unsigned long capacity)
 
 XYLSentinelQueue::~XYLSentinelQueue() { delete m_pFreeSlots; }
 
+bool XYLSentinelQueue::appendWithSpare(void *element) {
+  XYLThreadGuard guard(m_list);
+  if (m_spareCount == 0)
+    return false;
+  XYLList<void *> &list = m_list.get();
+  list.splice_front_back(m_spare);
+  --m_spareCount;
+  list.back() = element;
+  return true;
+}
+
 int XYLSentinelQueue::put(void *element, unsigned long timeout) {
   if (m_pFreeSlots != nullptr && m_pFreeSlots->timedWait(timeout) == 0)
     return 0;
-  // The node is made before the lock is taken, so that the lock is held for
-  // a few pointer moves only.
-  XYLList<void *> node;
-  try {
-    node.push_back(element);
-  } catch (std::bad_alloc &) {
-    if (m_pFreeSlots != nullptr)
-      m_pFreeSlots->post(1);
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-  }
-  {
+  if (!appendWithSpare(element)) {
+    // A new node is made before the lock is taken, so that the lock is held
+    // for a few pointer moves only.
+    XYLList<void *> node;
+    try {
+      node.push_back(element);
+    } catch (std::bad_alloc &) {
+      if (m_pFreeSlots != nullptr)
+        m_pFreeSlots->post(1);
+      XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
+    }
     XYLThreadGuard guard(m_list);
     m_list.get().splice_front_back(node);
   }
@@ -60,18 +58,25 @@ int XYLSentinelQueue::put(void *element, unsigned long timeout) {
 }
 
 int XYLSentinelQueue::get(void *&element, unsigned long timeout) {
-  if (!takeItem(timeout))
+  if (m_items.timedWait(timeout) == 0)
     return 0;
-  // The node leaves the lock in `node` and is freed after it.
-  XYLList<void *> node;
+  // A node beyond the spare bound leaves the lock in `surplus` and is freed
+  // after it.
+  XYLList<void *> surplus;
   {
     XYLThreadGuard guard(m_list);
+    XYLList<void *> &list = m_list.get();
     // An interruption posted while the list is empty: nothing to hand out.
-    if (m_list.get().empty())
+    if (list.empty())
       return 0;
-    node.splice_front_back(m_list.get());
+    element = list.front();
+    if (m_spareCount < kMaxSpareNodes) {
+      m_spare.splice_front_back(list);
+      ++m_spareCount;
+    } else {
+      surplus.splice_front_back(list);
+    }
   }
-  element = node.front();
   if (m_pFreeSlots != nullptr)
     m_pFreeSlots->post(1);
   return 1;

@@ -32,8 +32,6 @@ public:
     return static_cast<XYLThreadRunnable *>(task);
   }
 
-  static void doTask(XYLThreadRunnable *task) { task->run(); }
-
 private:
   XYLThreadPoolFixed *m_pPool;
   XYLSentinelQueue m_tasks;
@@ -81,7 +79,7 @@ void XYLThreadPoolFixed::processTasks(WorkerThread *worker) {
     if (m_stopWork.load() == 0) {
       XYLThreadRunnable *task = worker->nextTask();
       if (task != nullptr)
-        WorkerThread::doTask(task);
+        runTask(task);
     }
   }
 }

@@ -58,6 +58,6 @@ void XYLThreadPoolQueued::processTasks() {
     if (m_stopWork.load() != 0 && (taken == 0 || m_drain == 0))
       break; // a task taken now without drain is dropped
     if (taken != 0 && task != nullptr)
-      static_cast<XYLThreadRunnable *>(task)->run();
+      runTask(static_cast<XYLThreadRunnable *>(task));
   }
 }

@@ -26,10 +26,10 @@
  * list node cannot be allocated (the slot is given back); both pass on the
  * thread classes' XYLThreadResourceError.
  * Complexity: put and get are O(1) plus the semaphore operations; the list
- * lock is held for a few pointer moves (nodes are made and freed outside it).
- * A get that would wait first looks again a few times, yielding the
- * processor in between, before it sleeps: while elements keep coming, no
- * consumer sleeps and no put needs a system call to wake one.
+ * lock is held for a few pointer moves. A get's node is kept for later puts
+ * (up to a bound), so a queue in steady use allocates nothing. A consumer
+ * with nothing to take sleeps at once (no spinning): a put wakes it with
+ * one system call, and a busy machine is not asked to run idle consumers.
  */
 #ifndef XYLCORE_THREADPOOLS_XYLSENTINELQUEUE_H
 #define XYLCORE_THREADPOOLS_XYLSENTINELQUEUE_H
@@ -62,10 +62,13 @@ public:
 private:
   XYLSentinelQueue(const XYLSentinelQueue &) = delete;
   XYLSentinelQueue &operator=(const XYLSentinelQueue &) = delete;
-  // Takes one count of the items semaphore within the timeout.
-  bool takeItem(unsigned long timeout);
+  // Appends `element`, using a spare node when there is one; false when a
+  // node would have to be made.
+  bool appendWithSpare(void *element);
 
   XYLThreadMonitor<XYLThreadCriticalSection, XYLList<void *>> m_list;
+  XYLList<void *> m_spare;    // nodes of taken elements, for later puts; under m_list's lock
+  unsigned long m_spareCount; // nodes in m_spare
   XYLThreadSemaphore m_items;
   XYLThreadSemaphore *m_pFreeSlots;
   unsigned long m_capacity;

@@ -72,6 +72,11 @@ inline timespec realtimeFromMonotonic(const timespec &deadline) {
   return result;
 }
 
+// True when `a` comes before `b`.
+inline bool timespecLess(const timespec &a, const timespec &b) {
+  return a.tv_sec < b.tv_sec || (a.tv_sec == b.tv_sec && a.tv_nsec < b.tv_nsec);
+}
+
 // True when the monotonic clock has reached `deadline`.
 inline bool deadlinePassed(const timespec &deadline) {
   timespec now;

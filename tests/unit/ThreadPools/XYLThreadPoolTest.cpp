@@ -140,27 +140,95 @@ TEST(XYLThreadPoolTest, ExecuteDuringDestructionThrows) {
   }
 }
 
-// A runnable that throws ends its worker only: the pool goes on with the
-// others and is destroyed normally.
-TEST(XYLThreadPoolTest, TaskExceptionEndsOnlyItsWorker) {
+// Whatever a task lets escape is reported and costs no worker: after three
+// failing tasks of every kind on a 2-worker pool, all later work still runs
+// and the error handler heard each failure once.
+TEST(XYLThreadPoolTest, ThrowingTasksAreReportedAndCostNoWorker) {
   for (const PoolKind &kind : kPoolKinds) {
+    SCOPED_TRACE(kind.name);
     std::unique_ptr<XYLThreadPool> pool(kind.make(2));
-    xyltest::Latch thrown(1);
-    Task thrower([&] {
-      thrown.countDown();
-      throw std::runtime_error("task failed");
-    });
-    ASSERT_EQ(1, pool->execute(&thrower, kForever));
-    ASSERT_TRUE(thrown.wait());
-    xyltest::Latch done(20);
+    struct Heard {
+      std::mutex lock;
+      std::vector<std::string> reports;
+    } heard;
+    pool->setErrorHandler(
+        [](XYLThreadPool *, XYLThreadRunnable *, const char *report, void *context) {
+          Heard *h = static_cast<Heard *>(context);
+          std::lock_guard<std::mutex> hold(h->lock);
+          h->reports.push_back(report);
+        },
+        &heard);
+    Task throwsXyl([] { XYL_THROW(XYLIllegalStateError(5L, "xyl failure")); });
+    Task throwsStd([] { throw std::runtime_error("std failure"); });
+    Task throwsInt([] { throw 7; });
+    for (Task *t : {&throwsXyl, &throwsStd, &throwsInt, &throwsXyl, &throwsStd, &throwsInt})
+      ASSERT_EQ(1, pool->execute(t, kForever));
+    xyltest::Latch done(100);
     CountingTask counter(&done);
-    for (int i = 0; i < 20; ++i)
-      ASSERT_EQ(1, pool->execute(&counter, kForever)) << kind.name;
-    EXPECT_TRUE(done.wait()) << kind.name;
+    for (int i = 0; i < 100; ++i)
+      ASSERT_EQ(1, pool->execute(&counter, kForever));
+    EXPECT_TRUE(done.wait());
     pool.reset();
-    EXPECT_EQ(20, counter.runs());
+    EXPECT_EQ(100, counter.runs());
+    ASSERT_EQ(6u, heard.reports.size());
+    int xyl = 0, std = 0, unknown = 0;
+    for (const std::string &r : heard.reports) {
+      xyl += r.find("xyl failure") != std::string::npos && r.find("XYLIllegalStateError") != std::string::npos;
+      std += r == "std failure";
+      unknown += r == "unknown exception";
+    }
+    EXPECT_EQ(2, xyl);
+    EXPECT_EQ(2, std);
+    EXPECT_EQ(2, unknown);
   }
 }
+
+// Producers on several threads hand over tasks with every time-out; each
+// accepted task runs exactly once, each refused one never.
+class XYLThreadPoolProducersTest : public testing::TestWithParam<int> {};
+
+TEST_P(XYLThreadPoolProducersTest, EveryAcceptedTaskRunsOnce) {
+  const int producers = GetParam();
+  struct Shape {
+    const char *name;
+    std::function<XYLThreadPool *()> make;
+    unsigned long timeout;
+  };
+  const Shape shapes[] = {
+      {"queued unbounded", [] { return new XYLThreadPoolQueued(2, 0, 0); }, 0},
+      {"queued bounded, 0 ms", [] { return new XYLThreadPoolQueued(2, 4, 0); }, 0},
+      {"queued bounded, 1 ms", [] { return new XYLThreadPoolQueued(2, 4, 0); }, 1},
+      {"queued bounded, forever", [] { return new XYLThreadPoolQueued(2, 4, 0); }, kForever},
+      {"fixed, 0 ms", [] { return new XYLThreadPoolFixed(2); }, 0},
+      {"fixed, 1 ms", [] { return new XYLThreadPoolFixed(2); }, 1},
+      {"fixed, forever", [] { return new XYLThreadPoolFixed(2); }, kForever},
+  };
+  for (const Shape &shape : shapes) {
+    SCOPED_TRACE(shape.name);
+    CountingTask counter;
+    std::atomic<int> accepted{0};
+    {
+      std::unique_ptr<XYLThreadPool> pool(shape.make());
+      std::vector<std::thread> threads;
+      for (int p = 0; p < producers; ++p)
+        threads.emplace_back([&] {
+          for (int i = 0; i < 2000; ++i)
+            accepted += pool->execute(&counter, shape.timeout);
+        });
+      for (std::thread &t : threads)
+        t.join();
+      auto start = std::chrono::steady_clock::now();
+      while (counter.runs() < accepted.load() && millisecondsSince(start) < kPatienceMs)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(accepted.load(), counter.runs());
+    if (shape.timeout == kForever) {
+      EXPECT_EQ(2000 * producers, accepted.load());
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Producers, XYLThreadPoolProducersTest, testing::Values(2, 4, 8));
 
 class XYLThreadPoolFixedBusyTest : public testing::TestWithParam<unsigned long> {};
 
