@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // Thread pools against a minimal std::thread + std::condition_variable pool:
 // throughput of trivial tasks through a queued pool with two workers, and
-// the hand-off latency from execute to the start of the task on an idle
-// worker.
+// the latency from execute to the start of the task on an idle worker, for
+// the fixed pool's hand-off and the queued pool (wall-clock throughout).
 #include <XYLCore/ThreadPools/XYLThreadPoolFixed.h>
 #include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>
 
@@ -160,6 +161,18 @@ void BM_XylThreadPoolFixed_HandOff(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_XylThreadPoolFixed_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+void BM_XylThreadPoolQueued_HandOff(benchmark::State &state) {
+  StampTask task;
+  XYLThreadPoolQueued pool(1, 0, 0);
+  for (auto _ : state) {
+    const auto start = std::chrono::steady_clock::now();
+    pool.execute(&task, kForever);
+    settle(task);
+    state.SetIterationTime(std::chrono::duration<double>(task.m_started - start).count());
+  }
+}
+BENCHMARK(BM_XylThreadPoolQueued_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 void BM_StdCv_HandOff(benchmark::State &state) {
   StampTask task;

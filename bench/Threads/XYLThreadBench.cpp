@@ -1,11 +1,15 @@
-// The thread classes against their usual peers: uncontended lock+unlock of
-// XYLThreadCriticalSection and XYLThreadMutex against std::mutex, a read
-// lock+unlock of XYLThreadRWLock against pthread_rwlock_t, and a ping-pong
-// between two threads through XYLThreadSemaphore / XYLThreadAutoResetEvent
-// against sem_t.
+// SPDX-License-Identifier: Apache-2.0
+// The thread classes against the peers a server would otherwise use, each
+// measured in this binary:
+//  - lock+unlock of XYLThreadCriticalSection and XYLThreadMutex against
+//    std::mutex, alone and with two threads contending (wall-clock);
+//  - read and write pairs of XYLThreadRWLock against pthread_rwlock_t;
+//  - ping-pong round trips between two threads through XYLThreadSemaphore and
+//    XYLThreadAutoResetEvent against sem_t, and through
+//    XYLThreadConditionVariable against std::condition_variable.
 #include <XYLCore/Threads/XYLThreadAutoResetEvent.h>
+#include <XYLCore/Threads/XYLThreadConditionVariable.h>
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
-#include <XYLCore/Threads/XYLThreadGuard.h>
 #include <XYLCore/Threads/XYLThreadMutex.h>
 #include <XYLCore/Threads/XYLThreadRWLock.h>
 #include <XYLCore/Threads/XYLThreadSemaphore.h>
@@ -22,104 +26,83 @@
 
 namespace {
 
-// glibc skips atomic instructions while a process has one thread; a parked
-// second thread makes every measurement pay what a server pays.
+// glibc skips atomic instructions while a process has one thread; a second
+// thread that sleeps for the whole run makes every measurement pay what a
+// server pays.
 struct SecondThread {
   SecondThread() {
-    std::thread([this] {
-      std::unique_lock<std::mutex> hold(m_mutex);
-      m_wake.wait(hold, [] { return false; });
+    std::thread([] {
+      for (;;)
+        std::this_thread::sleep_for(std::chrono::hours(1));
     }).detach();
   }
-  std::mutex m_mutex;
-  std::condition_variable m_wake;
 };
-SecondThread *g_secondThread = new SecondThread;
+const SecondThread g_secondThread;
 
-// ---- uncontended exclusive locks -----------------------------------------
+// ---- exclusive locks: alone and contended --------------------------------------------
+// With ->Threads(2) both threads share one lock; the time is wall-clock.
 
-void BM_XylCriticalSection_LockUnlock(benchmark::State &state) {
-  XYLThreadCriticalSection cs(0);
+XYLThreadCriticalSection g_criticalSection(0);
+XYLThreadMutex g_mutex(0);
+std::mutex g_stdMutex;
+pthread_rwlock_t g_rwlockPeer = PTHREAD_RWLOCK_INITIALIZER;
+XYLThreadRWLock *g_rwlock = new XYLThreadRWLock;
+
+template <class Lock> void lockLoop(benchmark::State &state, Lock &lock) {
   for (auto _ : state) {
-    cs.lock();
-    cs.unlock();
+    lock.lock();
+    benchmark::ClobberMemory();
+    lock.unlock();
   }
 }
-BENCHMARK(BM_XylCriticalSection_LockUnlock);
 
-void BM_XylCriticalSection_Guard(benchmark::State &state) {
-  XYLThreadCriticalSection cs(0);
+void BM_XylCriticalSection_LockUnlock(benchmark::State &state) { lockLoop(state, g_criticalSection); }
+void BM_XylMutex_LockUnlock(benchmark::State &state) { lockLoop(state, g_mutex); }
+void BM_StdMutex_LockUnlock(benchmark::State &state) { lockLoop(state, g_stdMutex); }
+BENCHMARK(BM_XylCriticalSection_LockUnlock)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_XylMutex_LockUnlock)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_StdMutex_LockUnlock)->Threads(1)->Threads(2)->UseRealTime();
+
+// ---- read/write locks -------------------------------------------------------------------
+
+void BM_XylRWLock_ReadPair(benchmark::State &state) {
   for (auto _ : state) {
-    XYLThreadGuard guard(cs);
+    g_rwlock->readLock();
+    benchmark::ClobberMemory();
+    g_rwlock->unlock();
   }
 }
-BENCHMARK(BM_XylCriticalSection_Guard);
-
-void BM_XylMutex_LockUnlock(benchmark::State &state) {
-  XYLThreadMutex mutex(0);
+void BM_PthreadRWLock_ReadPair(benchmark::State &state) {
   for (auto _ : state) {
-    mutex.lock();
-    mutex.unlock();
+    pthread_rwlock_rdlock(&g_rwlockPeer);
+    benchmark::ClobberMemory();
+    pthread_rwlock_unlock(&g_rwlockPeer);
   }
 }
-BENCHMARK(BM_XylMutex_LockUnlock);
-
-void BM_StdMutex_LockUnlock(benchmark::State &state) {
-  std::mutex mutex;
+void BM_XylRWLock_WritePair(benchmark::State &state) {
   for (auto _ : state) {
-    mutex.lock();
-    mutex.unlock();
+    g_rwlock->lock();
+    benchmark::ClobberMemory();
+    g_rwlock->unlock();
   }
 }
-BENCHMARK(BM_StdMutex_LockUnlock);
-
-// The floor under XYLThreadMutex: a mutex that an ending owner hands over
-// (robust) and that its owner may take again (recursive) costs this much in
-// the C library alone.
-void BM_PthreadRobustRecursiveMutex_LockUnlock(benchmark::State &state) {
-  pthread_mutexattr_t attr;
-  pthread_mutexattr_init(&attr);
-  pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE);
-  pthread_mutexattr_setrobust(&attr, PTHREAD_MUTEX_ROBUST);
-  pthread_mutex_t mutex;
-  pthread_mutex_init(&mutex, &attr);
-  pthread_mutexattr_destroy(&attr);
+void BM_PthreadRWLock_WritePair(benchmark::State &state) {
   for (auto _ : state) {
-    pthread_mutex_lock(&mutex);
-    pthread_mutex_unlock(&mutex);
-  }
-  pthread_mutex_destroy(&mutex);
-}
-BENCHMARK(BM_PthreadRobustRecursiveMutex_LockUnlock);
-
-// ---- read/write lock, read side -------------------------------------------
-
-void BM_XylRWLock_ReadLockUnlock(benchmark::State &state) {
-  XYLThreadRWLock rw;
-  for (auto _ : state) {
-    rw.readLock();
-    rw.unlock();
+    pthread_rwlock_wrlock(&g_rwlockPeer);
+    benchmark::ClobberMemory();
+    pthread_rwlock_unlock(&g_rwlockPeer);
   }
 }
-BENCHMARK(BM_XylRWLock_ReadLockUnlock);
+BENCHMARK(BM_XylRWLock_ReadPair)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_PthreadRWLock_ReadPair)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_XylRWLock_WritePair)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_PthreadRWLock_WritePair)->Threads(1)->Threads(2)->UseRealTime();
 
-void BM_PthreadRWLock_ReadLockUnlock(benchmark::State &state) {
-  pthread_rwlock_t rw;
-  pthread_rwlock_init(&rw, nullptr);
-  for (auto _ : state) {
-    pthread_rwlock_rdlock(&rw);
-    pthread_rwlock_unlock(&rw);
-  }
-  pthread_rwlock_destroy(&rw);
-}
-BENCHMARK(BM_PthreadRWLock_ReadLockUnlock);
-
-// ---- ping-pong between two threads ----------------------------------------
+// ---- ping-pong between two threads --------------------------------------------------------
 // One iteration is a round trip: the measuring thread wakes the partner and
 // waits to be woken back.
 
 template <class Signal> struct PingPong {
-  // Wakes `to` once per round until stopped.
   void partner() {
     for (;;) {
       ping.wait();
@@ -132,7 +115,7 @@ template <class Signal> struct PingPong {
   std::atomic<bool> stop{false};
 };
 
-// The library classes and sem_t behind one wait/post vocabulary.
+// Every signal kind behind one wait/post vocabulary.
 struct XylSemaphoreSignal {
   XYLThreadSemaphore s{0};
   void wait() { s.wait(); }
@@ -156,6 +139,42 @@ struct SemTSignal {
   sem_t s;
 };
 
+// A flag under a lock with a condition variable: the usual hand-over.
+struct XylConditionSignal {
+  XYLThreadCriticalSection lock{0};
+  XYLThreadConditionVariable cv;
+  bool set = false;
+  void wait() {
+    lock.lock();
+    while (!set)
+      cv.wait(lock);
+    set = false;
+    lock.unlock();
+  }
+  void post() {
+    lock.lock();
+    set = true;
+    cv.signal();
+    lock.unlock();
+  }
+};
+
+struct StdConditionSignal {
+  std::mutex lock;
+  std::condition_variable cv;
+  bool set = false;
+  void wait() {
+    std::unique_lock<std::mutex> hold(lock);
+    cv.wait(hold, [this] { return set; });
+    set = false;
+  }
+  void post() {
+    std::lock_guard<std::mutex> hold(lock);
+    set = true;
+    cv.notify_one();
+  }
+};
+
 template <class Signal> void runPingPong(benchmark::State &state) {
   PingPong<Signal> pp;
   std::thread partner([&] { pp.partner(); });
@@ -169,12 +188,14 @@ template <class Signal> void runPingPong(benchmark::State &state) {
 }
 
 void BM_XylSemaphore_PingPong(benchmark::State &state) { runPingPong<XylSemaphoreSignal>(state); }
-BENCHMARK(BM_XylSemaphore_PingPong)->UseRealTime();
-
 void BM_XylAutoResetEvent_PingPong(benchmark::State &state) { runPingPong<XylEventSignal>(state); }
-BENCHMARK(BM_XylAutoResetEvent_PingPong)->UseRealTime();
-
 void BM_SemT_PingPong(benchmark::State &state) { runPingPong<SemTSignal>(state); }
+void BM_XylConditionVariable_PingPong(benchmark::State &state) { runPingPong<XylConditionSignal>(state); }
+void BM_StdConditionVariable_PingPong(benchmark::State &state) { runPingPong<StdConditionSignal>(state); }
+BENCHMARK(BM_XylSemaphore_PingPong)->UseRealTime();
+BENCHMARK(BM_XylAutoResetEvent_PingPong)->UseRealTime();
 BENCHMARK(BM_SemT_PingPong)->UseRealTime();
+BENCHMARK(BM_XylConditionVariable_PingPong)->UseRealTime();
+BENCHMARK(BM_StdConditionVariable_PingPong)->UseRealTime();
 
 } // namespace

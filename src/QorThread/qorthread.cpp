@@ -984,11 +984,12 @@ int qorThreadMutexDestroy(QorMutex_ m) {
   return QORTHREAD_OK;
 }
 
-int qorThreadMutexLock(QorMutex_ m, const char *file, int line) {
+namespace {
+
+// An auto-unlock mutex's lock: taken, then linked to its owner.
+__attribute__((noinline)) int lockAndRegister(QorMutex_ m, const char *file, int line) {
   if (m == nullptr)
     return QORTHREAD_BADPARM;
-  if (!m->autoUnlock)
-    return qor_os::mutexLock(&m->os);
   QorThreadRec_ *self = nullptr;
   if (currentRecord(&self) != QORTHREAD_OK)
     return QORTHREAD_ERROR;
@@ -996,6 +997,29 @@ int qorThreadMutexLock(QorMutex_ m, const char *file, int line) {
   if (rc == QORTHREAD_OK)
     registerHold(m, self, file, line);
   return rc;
+}
+
+// An auto-unlock mutex's unlock: unlinked from its owner at the last level.
+__attribute__((noinline)) int unregisterAndUnlock(QorMutex_ m) {
+  if (m == nullptr)
+    return QORTHREAD_BADPARM;
+  QorThreadRec_ *self = qor_os::currentSlotReady() ? qor_os::currentGet() : nullptr;
+  {
+    GlobalGuard guard;
+    if (self == nullptr || !m->registered || m->owner != self)
+      return QORTHREAD_ERROR;
+    if (--m->depth == 0)
+      unlinkHeld(m);
+  }
+  return qor_os::mutexUnlock(&m->os);
+}
+
+} // namespace
+
+int qorThreadMutexLock(QorMutex_ m, const char *file, int line) {
+  if (__builtin_expect(m != nullptr && !m->autoUnlock, 1))
+    return qor_os::mutexLock(&m->os);
+  return lockAndRegister(m, file, line);
 }
 
 int qorThreadMutexTryLock(QorMutex_ m, const char *file, int line) {
@@ -1027,19 +1051,9 @@ int qorThreadMutexTimedLock(QorMutex_ m, unsigned int milliseconds, const char *
 }
 
 int qorThreadMutexUnlock(QorMutex_ m) {
-  if (m == nullptr)
-    return QORTHREAD_BADPARM;
-  if (!m->autoUnlock)
+  if (__builtin_expect(m != nullptr && !m->autoUnlock, 1))
     return qor_os::mutexUnlock(&m->os);
-  QorThreadRec_ *self = qor_os::currentSlotReady() ? qor_os::currentGet() : nullptr;
-  {
-    GlobalGuard guard;
-    if (self == nullptr || !m->registered || m->owner != self)
-      return QORTHREAD_ERROR;
-    if (--m->depth == 0)
-      unlinkHeld(m);
-  }
-  return qor_os::mutexUnlock(&m->os);
+  return unregisterAndUnlock(m);
 }
 
 int qorThreadMutexGetLockSite(QorMutex_ m, QorThread_ *ownerP, const char **fileP, int *lineP) {

@@ -7,9 +7,11 @@
 #include <new>
 
 namespace {
-// The spare nodes a queue keeps at most: enough for any burst a pool sees,
-// small enough not to hold on to the memory of a one-off flood.
-const unsigned long kMaxSpareNodes = 1024;
+// The spare nodes a queue keeps at most (32 bytes each plus the heap's
+// overhead): enough for the bursts of a busy server's pool, so that the
+// queue stops allocating once it has seen its deepest backlog, while a
+// one-off flood of more does not stay held for ever.
+const unsigned long kMaxSpareNodes = 65536;
 } // namespace
 
 XYLSentinelQueue::XYLSentinelQueue(unsigned long capacity)

@@ -147,22 +147,22 @@ TEST(XYLThreadConditionVariableTest, HandsTheTurnOverThousandsOfTimes) {
   XYLThreadMutex lock(0);
   XYLThreadConditionVariable cv;
   int turn = 0;
-  const int kRounds = 4000;
-  std::atomic<int> stalls{0};
+  bool stalled = false; // guarded by lock; ends both sides at the first stall
+  int rounds[2] = {0, 0};
   onThreads(2, [&](int me) {
-    for (int round = 0; round < kRounds; ++round) {
-      lock.lock();
-      while (turn != me)
-        if (!cv.timedWait(lock, kBound)) {
-          ++stalls;
-          break;
+    lock.lock();
+    for (; rounds[me] < 4000 && !stalled; ++rounds[me]) {
+      while (turn != me && !stalled)
+        if (!cv.timedWait(lock, 1000)) {
+          stalled = true;
+          cv.broadcast();
         }
       turn = 1 - me;
       cv.signal();
-      lock.unlock();
     }
+    lock.unlock();
   });
-  EXPECT_EQ(0, stalls.load());
+  EXPECT_FALSE(stalled) << "stalled after " << rounds[0] << " and " << rounds[1] << " hand-overs";
 }
 
 TEST(XYLThreadAutoResetEventTest, PingPongsThousandsOfTimes) {
@@ -319,6 +319,42 @@ TEST_P(ThreadCount, WritersNeverMeetReaders) {
   EXPECT_EQ(0, clashes.load());
 }
 
+// A writer's try-lock against a stream of readers entering by the fast
+// path: the check for readers and the closing of their path must be one
+// step, or a reader gets in beside the writer.
+TEST_P(ThreadCount, TryLockingWriterNeverMeetsStreamingReaders) {
+  XYLThreadRWLock rw;
+  std::atomic<int> readersInside{0}, writersInside{0}, clashes{0};
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> readers;
+  for (int i = 1; i < GetParam(); ++i)
+    readers.emplace_back([&] {
+      while (!stop.load(std::memory_order_relaxed)) {
+        rw.readLock();
+        readersInside.fetch_add(1);
+        if (writersInside.load() != 0)
+          ++clashes;
+        readersInside.fetch_sub(1);
+        rw.unlock();
+      }
+    });
+  auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+  while (std::chrono::steady_clock::now() < until) {
+    if (!rw.tryLock())
+      continue;
+    writersInside.store(1);
+    for (int look = 0; look < 64; ++look)
+      if (readersInside.load() != 0)
+        ++clashes;
+    writersInside.store(0);
+    rw.unlock();
+  }
+  stop = true;
+  for (std::thread &t : readers)
+    t.join();
+  EXPECT_EQ(0, clashes.load());
+}
+
 // A writer that waits shuts the readers out; the readers that queued behind
 // it all get in after the writer is done.
 TEST(XYLThreadRWLockTest, QueuedReadersAndWritersAllGetThrough) {
@@ -365,12 +401,17 @@ public:
 };
 
 TEST(XYLThreadTest, JoiningItselfRightAfterStartIsRefusedEveryTime) {
-  for (int round = 0; round < 200; ++round) {
-    SelfJoiner thread;
-    thread.start();
-    thread.join();
-    ASSERT_TRUE(thread.refused.load()) << "round " << round;
-  }
+  std::atomic<int> missed{0};
+  onThreads(4, [&](int) {
+    for (int round = 0; round < 250; ++round) {
+      SelfJoiner thread;
+      thread.start();
+      thread.join();
+      if (!thread.refused.load())
+        ++missed;
+    }
+  });
+  EXPECT_EQ(0, missed.load());
 }
 
 } // namespace
