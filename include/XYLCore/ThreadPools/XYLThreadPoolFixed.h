@@ -18,7 +18,8 @@
  * Throws: the constructor throws XYLOutOfMemoryError (no message) when a
  * worker cannot be allocated, and what XYLThread::start throws (workers
  * already started are stopped again first).
- * Thread safety: as XYLThreadPool.
+ * Thread safety and failing tasks: as XYLThreadPool (a task's exception is
+ * reported and the worker goes on).
  */
 #ifndef XYLCORE_THREADPOOLS_XYLTHREADPOOLFIXED_H
 #define XYLCORE_THREADPOOLS_XYLTHREADPOOLFIXED_H
