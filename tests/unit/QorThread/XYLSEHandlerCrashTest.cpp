@@ -200,8 +200,9 @@ protected:
   bool m_owner = false;
 };
 
-// Faults in `threads` host threads released together; mode 1 catches each.
-void faultTogether(int threads) {
+// Faults `faults` times in each of `threads` host threads released
+// together; mode 1 catches each.
+void faultTogether(int threads, int faults) {
   int before = openDescriptors();
   std::atomic<int> ready{0};
   std::atomic<int> caught{0};
@@ -211,15 +212,17 @@ void faultTogether(int threads) {
       ++ready;
       while (ready.load() < threads) {
       }
-      try {
-        storeThroughNull();
-      } catch (XYLWin32SEHError &) {
-        ++caught;
-      }
+      for (int i = 0; i < faults; ++i)
+        try {
+          storeThroughNull();
+        } catch (XYLWin32SEHError &) {
+          ++caught;
+        }
     });
   for (std::thread &t : pool)
     t.join();
-  std::fprintf(stderr, "caught %d of %d, descriptors %d more\n", caught.load(), threads, openDescriptors() - before);
+  std::fprintf(stderr, "caught %d of %d, descriptors %d more\n", caught.load(), threads * faults,
+               openDescriptors() - before);
 }
 
 TEST_F(XYLSEHandlerCrashTest, ThreadsFaultingTogetherEachGetTheirReport) {
@@ -227,20 +230,22 @@ TEST_F(XYLSEHandlerCrashTest, ThreadsFaultingTogetherEachGetTheirReport) {
   const struct {
     int mode;
     int threads;
+    int faults; // each
     bool dump;
-  } cases[] = {{1, 2, true}, {1, 4, false}, {1, 8, false}, {2, 2, true}, {2, 4, false}, {2, 8, true}};
+  } cases[] = {{1, 2, 1, true}, {1, 4, 2, false}, {1, 8, 2, false}, {2, 2, 1, true}, {2, 4, 1, false}, {2, 8, 1, true}};
   for (const auto &c : cases) {
     SCOPED_TRACE(testing::Message() << "mode " << c.mode << ", " << c.threads << " threads");
     bool dump = c.dump && !noDumps;
     std::string value = std::to_string(c.mode) + (dump ? ":0" : ":65535");
-    ChildResult r = run(value.c_str(), [&] { faultTogether(c.threads); });
+    ChildResult r = run(value.c_str(), [&] { faultTogether(c.threads, c.faults); });
     ASSERT_FALSE(r.timedOut) << r.err;
     std::size_t reports = countOf(r.log, "Exception code: 0xc0000005");
     if (c.mode == 1) {
       EXPECT_EQ(0, exitCode(r)) << r.err;
-      EXPECT_NE(std::string::npos, r.err.find("caught " + std::to_string(c.threads) + " of")) << r.err;
+      int faults = c.threads * c.faults;
+      EXPECT_NE(std::string::npos, r.err.find("caught " + std::to_string(faults) + " of")) << r.err;
       EXPECT_NE(std::string::npos, r.err.find("descriptors 0 more")) << r.err;
-      EXPECT_EQ(static_cast<std::size_t>(c.threads), reports) << r.log;
+      EXPECT_EQ(static_cast<std::size_t>(faults), reports) << r.log;
       EXPECT_EQ(dump ? c.threads : 0, r.dumps);
     } else {
       EXPECT_EQ(128 + SIGSEGV, exitCode(r)) << r.err;
