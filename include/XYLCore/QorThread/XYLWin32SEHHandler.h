@@ -59,8 +59,9 @@
  *       started, the fallback guard of the thread's entry routine then takes
  *       over: the thread ends at once (no destructors between the fault and
  *       the guard run), its state becomes QorThreadStateException and
- *       XYLThread::join reports it. On any other thread the process ends by
- *       the terminate handler that was installed before the library's.
+ *       XYLThread::join reports it. On any other thread the library's
+ *       terminate handler reports the uncaught XYLWin32SEHError and ends the
+ *       process (see below).
  *   A host therefore compiles the code whose faults it wants to catch with
  *   g++ -fnon-call-exceptions, and keeps try blocks around it.
  *
