@@ -26,6 +26,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <thread>
 #include <time.h>
@@ -256,13 +257,16 @@ TEST_F(XYLSEHandlerCrashTest, ThreadsFaultingTogetherEachGetTheirReport) {
   }
 }
 
-// A host thread with an alternate signal stack of its own, of SIGSTKSZ.
+// A host thread with an alternate signal stack of its own of 8 KiB (the
+// classic SIGSTKSZ), a guard page below it so that overrunning it faults.
 void faultOnSmallSignalStack() {
   std::thread thread([] {
-    static char memory[8192];
+    const std::size_t page = 4096, size = 8192;
+    void *mapping = mmap(nullptr, page + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    mprotect(mapping, page, PROT_NONE);
     stack_t stack = {};
-    stack.ss_sp = memory;
-    stack.ss_size = sizeof memory;
+    stack.ss_sp = static_cast<char *>(mapping) + page;
+    stack.ss_size = size;
     sigaltstack(&stack, nullptr);
     try {
       storeThroughNull();
@@ -271,6 +275,7 @@ void faultOnSmallSignalStack() {
     }
     stack.ss_flags = SS_DISABLE;
     sigaltstack(&stack, nullptr);
+    munmap(mapping, page + size);
   });
   thread.join();
 }
