@@ -14,7 +14,8 @@
 //   4. writes the dump named in the record ("..._seh_<pid>_<tid>.dmp") as a
 //      core file with gdb's gcore, the faulting thread first so that
 //      `gdb <program> <dump>` starts on it. Dump type 2 (bit 0x2) dumps all
-//      memory, file-backed mappings included; other types dump what the
+//      memory the process wrote (file mappings that were only read stay
+//      out: gdb reads them from the files); other types dump what the
 //      process's coredump_filter names (by default anonymous memory and ELF
 //      headers); 0xFFFF writes no dump.
 //
@@ -32,6 +33,7 @@
 #include <cxxabi.h>
 #include <elfutils/libdwfl.h>
 #include <fcntl.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -196,25 +198,55 @@ bool writeFile(const std::string &path, const std::string &text) {
   return std::fclose(file) == 0 && ok;
 }
 
+// The process's coredump_filter, set for the time of one dump and then put
+// back as it was.
+class CoreFilter {
+public:
+  CoreFilter(pid_t pid, const char *value) : m_path("/proc/" + std::to_string(pid) + "/coredump_filter") {
+    std::string text;
+    if (!readFile(m_path, &text))
+      return;
+    // The kernel prints the filter in hex without a prefix and reads it
+    // back as C does: with its leading zeros it would be taken as octal.
+    std::string digits = text.substr(0, text.find_first_not_of("0123456789abcdefABCDEF"));
+    if (!digits.empty() && writeFile(m_path, value))
+      m_saved = "0x" + digits;
+  }
+  ~CoreFilter() {
+    if (!m_saved.empty() && !writeFile(m_path, m_saved))
+      std::fprintf(stderr, "XYLWriteDump: cannot restore '%s' to %s: %s\n", m_path.c_str(), m_saved.c_str(),
+                   std::strerror(errno));
+  }
+  CoreFilter(const CoreFilter &) = delete;
+  CoreFilter &operator=(const CoreFilter &) = delete;
+
+private:
+  std::string m_path;
+  std::string m_saved;
+};
+
 // Runs gdb to write the core file; its output is shown only when no dump
 // came out of it.
 bool writeDump(pid_t pid, pid_t tid, const char *path, unsigned dumpType) {
   unlink(path);
-  std::string filterPath = "/proc/" + std::to_string(pid) + "/coredump_filter";
-  std::string savedFilter;
-  bool fullMemory = (dumpType & xyl_seh::kFullMemoryBit) != 0;
-  // Anonymous and file-backed memory, private and shared, ELF headers and
-  // huge pages.
-  if (fullMemory && (!readFile(filterPath, &savedFilter) || !writeFile(filterPath, "0x7f")))
-    savedFilter.clear();
+  std::unique_ptr<CoreFilter> filter;
+  // Memory the process wrote: anonymous mappings, private and shared, the
+  // written pages of private file mappings and huge pages. Mappings of
+  // files that were only read (code, ICU's data) stay out: a debugger reads
+  // them from the files.
+  if ((dumpType & xyl_seh::kFullMemoryBit) != 0)
+    filter.reset(new CoreFilter(pid, "0x63"));
 
   std::string attach = "attach " + std::to_string(pid);
   std::string selectThread = "python import gdb; [t.switch() for t in gdb.selected_inferior().threads() if "
                              "t.ptid[1] == " +
                              std::to_string(tid) + "]";
   std::string gcore = std::string("gcore ") + path;
+  // The libraries' symbols are not needed to write the core, and loading
+  // them takes most of gdb's time: whoever opens the dump loads them.
   const char *argv[] = {"gdb",    "-nx",
                         "-batch", "-q",
+                        "-iex",   "set auto-solib-add off",
                         "-ex",    "set pagination off",
                         "-ex",    "set use-coredump-filter on",
                         "-ex",    attach.c_str(),
@@ -255,8 +287,7 @@ bool writeDump(pid_t pid, pid_t tid, const char *path, unsigned dumpType) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  if (!savedFilter.empty())
-    writeFile(filterPath, savedFilter);
+  filter.reset();
   struct stat info;
   bool written = stat(path, &info) == 0 && info.st_size > 0;
   if (!written)

@@ -1,5 +1,6 @@
 // xylsehandler_record.h - the fault record: what the signal handler leaves
-// on its own stack for the dump writer (tools/xyldumpwriter), which finds it
+// in a record reserved in advance (never on the signal stack, which may be
+// small) for the dump writer (tools/xyldumpwriter), which finds it
 // through the address on its command line and reads it, and writes the
 // report back into it, with process_vm_readv/process_vm_writev.
 //
@@ -14,11 +15,11 @@
 namespace xyl_seh {
 
 constexpr std::uint32_t kRecordMagic = 0x48455358u; // "XSEH"
-constexpr std::uint32_t kRecordVersion = 1;
+constexpr std::uint32_t kRecordVersion = 2;
 constexpr int kMaxFrames = 64;
 constexpr int kGeneralRegisters = 23; // x86-64 mcontext_t gregs, in REG_ order
 constexpr std::size_t kPathCapacity = 1024;
-constexpr std::size_t kDescriptionCapacity = 256;
+constexpr std::size_t kDescriptionCapacity = 2048;
 constexpr std::size_t kReportCapacity = 16384;
 
 // Dump types the writer knows besides the full-memory bit.
@@ -42,7 +43,9 @@ struct FaultRecord {
   // addresses; frameCfa holds each frame's canonical frame address.
   std::uint64_t frames[kMaxFrames];
   std::uint64_t frameCfa[kMaxFrames];
-  char description[kDescriptionCapacity]; // "Exception: ACCESS_VIOLATION (...)"
+  // "Exception: ACCESS_VIOLATION (...)", or what ended the process when
+  // std::terminate was called (the uncaught exception, a pure virtual call).
+  char description[kDescriptionCapacity];
   char logPath[kPathCapacity];
   char dumpPath[kPathCapacity];
   // Written by the dump writer.

@@ -449,14 +449,14 @@ protected:
   }
 
   // gdb's back trace of the dump's selected thread passes through the
-  // faulting frame.
+  // faulting frame, with its argument read from the dump.
   void expectDumpShowsFault() const {
     std::vector<std::string> dumps = files(".dmp");
     ASSERT_EQ(1u, dumps.size());
     std::string command = "gdb -nx -batch -ex bt '" + selfPath() + "' '" + m_dir + "/" + dumps[0] + "' 2>&1";
     std::string backTrace = runCommand(command);
     EXPECT_NE(std::string::npos, backTrace.find("<signal handler called>")) << backTrace;
-    EXPECT_NE(std::string::npos, backTrace.find("storeThroughNull")) << backTrace;
+    EXPECT_NE(std::string::npos, backTrace.find("storeThroughNull (pointer=0x0)")) << backTrace;
   }
 
   std::string m_dir;
