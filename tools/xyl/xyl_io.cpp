@@ -213,8 +213,7 @@ int forEachInput(const char *command, const std::vector<std::string> &files,
 }
 
 int forEachLine(const char *command, const std::vector<std::string> &files,
-                const std::function<bool(const std::string &, long long)> &each, Progress *progress) {
-  std::string line;
+                const std::function<bool(std::string_view, long long)> &each, Progress *progress) {
   long long number = 0;
   return forEachInput(command, files, [&](std::FILE *in, const std::string &) {
     if (progress != nullptr)
@@ -227,8 +226,7 @@ int forEachLine(const char *command, const std::vector<std::string> &files,
       if (progress != nullptr)
         progress->add(static_cast<std::size_t>(got));
       const std::size_t length = static_cast<std::size_t>(got) - (buffer[got - 1] == '\n' ? 1 : 0);
-      line.assign(buffer, length);
-      ok = each(line, ++number);
+      ok = each(std::string_view(buffer, length), ++number);
     }
     std::free(buffer);
     return ok;

@@ -23,6 +23,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace xyltool {
@@ -100,7 +101,7 @@ int forEachInput(const char *command, const std::vector<std::string> &files,
 // `each` with its number, counted over all inputs; `each` returning false
 // (it reports itself) stops with kBadData. Only one line is held at a time.
 int forEachLine(const char *command, const std::vector<std::string> &files,
-                const std::function<bool(const std::string &, long long)> &each, Progress *progress = nullptr);
+                const std::function<bool(std::string_view, long long)> &each, Progress *progress = nullptr);
 // Reads every input into `text`, one after the other. With `endLines`, an
 // input that does not end with a line feed gets one, so that its last line
 // stays a line of its own. Returns kSuccess or kBadData.
