@@ -3,8 +3,8 @@
 // unchanged to standard output.
 //
 // Each line gets its ICU sort key once; the sort compares the keys' first
-// eight bytes as one number and asks the collator only when those are
-// equal. Memory holds the input text and 16 bytes per line.
+// eight bytes as one number and asks the collator only among lines whose
+// prefixes are equal. Memory holds the input text and 16 bytes per line.
 #include "xyl_commands.h"
 #include "xyl_io.h"
 
@@ -114,27 +114,48 @@ bool makeKeys(const char *command, const std::string &text, const UCollator *col
   return true;
 }
 
-// The order of two lines: their key prefixes, the collator when those are
-// equal (the keys may differ further on), and the input order for lines
-// that collate as equal.
-class LineOrder {
+// Lines whose key prefixes are equal, in input order, ordered by the
+// collator (its equal lines keep their order).
+class TieOrder {
 public:
-  LineOrder(const std::string &text, const UCollator *collator) : m_text(text), m_collator(collator) {}
+  TieOrder(const std::string &text, const UCollator *collator) : m_text(text), m_collator(collator) {}
   bool operator()(const Line &a, const Line &b) const {
-    if (a.prefix != b.prefix)
-      return a.prefix < b.prefix;
     UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult order =
-        ucol_strcollUTF8(m_collator, m_text.data() + a.start, static_cast<int32_t>(length(a)), m_text.data() + b.start,
-                         static_cast<int32_t>(length(b)), &status);
-    return order != UCOL_EQUAL ? order == UCOL_LESS : a.start < b.start;
+    return ucol_strcollUTF8(m_collator, m_text.data() + a.start, static_cast<int32_t>(length(a)),
+                            m_text.data() + b.start, static_cast<int32_t>(length(b)), &status) == UCOL_LESS;
   }
   std::size_t length(const Line &line) const { return m_text.find('\n', line.start) - line.start; }
+  // True when every line of [first, last) repeats the first one's bytes.
+  bool allSame(const Line *first, const Line *last) const {
+    const std::size_t size = length(*first);
+    for (const Line *line = first + 1; line != last; ++line)
+      if (length(*line) != size || std::memcmp(m_text.data() + line->start, m_text.data() + first->start, size) != 0)
+        return false;
+    return true;
+  }
 
 private:
   const std::string &m_text;
   const UCollator *m_collator;
 };
+
+// Sorts by key prefix and input order with integer comparisons only; then
+// each run of equal prefixes, unless its lines are all the same, by the
+// collator (the keys may differ further on).
+void sortLines(std::vector<Line> &lines, const TieOrder &ties) {
+  std::sort(lines.begin(), lines.end(), [](const Line &a, const Line &b) {
+    return a.prefix != b.prefix ? a.prefix < b.prefix : a.start < b.start;
+  });
+  Line *const end = lines.data() + lines.size();
+  for (Line *run = lines.data(); run != end;) {
+    Line *next = run + 1;
+    while (next != end && next->prefix == run->prefix)
+      ++next;
+    if (next - run > 1 && !ties.allSame(run, next))
+      std::stable_sort(run, next, ties);
+    run = next;
+  }
+}
 
 } // namespace
 
@@ -177,10 +198,10 @@ int runSort(int argc, char **argv) {
   std::vector<Line> lines;
   if (!makeKeys(argv[0], text, collator.get(), lines))
     return kBadData;
-  const LineOrder order(text, collator.get());
-  std::sort(lines.begin(), lines.end(), order);
+  const TieOrder ties(text, collator.get());
+  sortLines(lines, ties);
   for (const Line &line : lines)
-    writeOut(text.data() + line.start, order.length(line) + 1);
+    writeOut(text.data() + line.start, ties.length(line) + 1);
   return kSuccess;
 }
 

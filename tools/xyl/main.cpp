@@ -55,10 +55,10 @@ const Command kCommands[] = {
      runCrc32},
     {"crash", "crash --mode 1|2|Y --kind segv|fpe|overflow [--dump-type T]",
      "make a real fault under the fault handler's mode",
-     "  --mode M       the fault handler mode set in XYL_HWE_ABORT (required)\n"
+     "  --mode M       the fault handler mode, as XYL_HWE_ABORT takes it (required)\n"
      "  --kind K       segv (null read), fpe (division by zero) or overflow\n"
      "                 (endless recursion) (required)\n"
-     "  --dump-type T  the crash dump type (default: the library's)\n"
+     "  --dump-type T  the crash dump type joined to modes 1 and 2 (default 2)\n"
      "Reads nothing; writes what the handler caught to standard output, or dies\n"
      "as the mode says.\n"
      "example: xyl crash --mode 1 --kind segv\n",
