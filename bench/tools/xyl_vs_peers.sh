@@ -22,13 +22,14 @@ trap 'rm -rf "$work"' EXIT
 # median <numbers...>
 median() { printf '%s\n' "$@" | sort -n | sed -n "$((($# + 1) / 2))p"; }
 
-# measure <label> <command...>: sets $ms (median milliseconds) and $kb
-# (median peak RSS in KiB); the command's output goes to a file.
+# measure <command...>: sets $ms (median milliseconds) and $kb (median peak
+# RSS in KiB); the command's output goes to $sink (a file unless set).
+sink=
 measure() {
   local times=() mems=() start end
   for _ in $(seq "$runs"); do
     start=$(date +%s%N)
-    /usr/bin/time -f %M -o "$work/mem" "$@" >"$work/out"
+    /usr/bin/time -f %M -o "$work/mem" "$@" >"${sink:-$work/out}"
     end=$(date +%s%N)
     times+=($(((end - start) / 1000000)))
     mems+=("$(tail -1 "$work/mem")")
@@ -51,6 +52,7 @@ compare() {
   measure "${theirs[@]}"
   local same=same
   cmp -s "$work/ours" "$work/out" || same=DIFFERENT
+  [ -z "$sink" ] || same="not kept"
   printf '%-16s %7d ms %8d KiB | %-22s %7d ms %8d KiB | time %5.2fx  memory %6.2fx  output %s\n' \
     "$label" "$oms" "$okb" "$peer" "$ms" "$kb" "$(echo "$oms / ($ms + 0.0001)" | bc -l)" \
     "$(echo "$okb / $kb" | bc -l)" "$same"
@@ -75,11 +77,12 @@ localedef -i de_DE -f UTF-8 "$work/locale/de_DE.UTF-8" 2>/dev/null || true
 
 echo "inputs: $(du -h "$work/bin" | cut -f1) bytes, $(du -h "$work/b64" | cut -f1) Base64," \
   "$(du -h "$work/text" | cut -f1) text, $(wc -l <"$work/words") lines to sort ($(du -h "$work/words" | cut -f1))"
-: compare "base64 encode" "base64 -w0" -- "$xyl" base64 "$work/bin" -- base64 -w0 "$work/bin"
-: compare "base64 decode" "base64 -d" -- "$xyl" base64 -d "$work/b64" -- base64 -d "$work/b64"
-: compare "convert" "iconv" -- "$xyl" convert --from UTF-8 --to UTF-16LE "$work/text" -- \
+compare "base64 encode" "base64 -w0" -- "$xyl" base64 "$work/bin" -- base64 -w0 "$work/bin"
+compare "base64 decode" "base64 -d" -- "$xyl" base64 -d "$work/b64" -- base64 -d "$work/b64"
+compare "convert" "iconv" -- "$xyl" convert --from UTF-8 --to UTF-16LE "$work/text" -- \
   iconv -f UTF-8 -t UTF-16LE "$work/text"
 compare "sort de" "sort (de_DE.UTF-8)" -- "$xyl" sort --locale de "$work/words" -- \
   env LOCPATH="$work/locale" LC_ALL=de_DE.UTF-8 sort -s "$work/words"
-: compare "crc32" "cat FILE >/dev/null" -- "$xyl" crc32 "$work/bin" -- cat "$work/bin"
+sink=/dev/null compare "crc32" "cat FILE >/dev/null" -- "$xyl" crc32 "$work/bin" -- cat "$work/bin"
+echo "sort input: $(($(stat -c %s "$work/words") / 1024)) KiB (memory at most twice that is the aim)"
 echo "(base64 -w0 ends without a line feed, xyl base64 with one: their outputs differ by it)"
