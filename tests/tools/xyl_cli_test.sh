@@ -252,8 +252,7 @@ CASES
 # no data (unsquish names the empty token); garbage is refused with a message
 # that starts with the command, never a crash.
 export QOR_EXEC_PATH="$(cd "$(dirname "$0")/../../resources" && pwd)"
-head -c 65536 /dev/urandom >"$work/garbage"
-printf '\0' >>"$work/garbage"
+{ printf '\xff\xfe\x01\0x'; head -c 65536 /dev/urandom; } >"$work/garbage" # the first line is no text
 while IFS='|' read -r name args empty_code empty_out garbage_code; do
   # shellcheck disable=SC2086
   expect "empty-$name" "$empty_code" "$(printf "$empty_out")" "" -- $args
