@@ -10,7 +10,7 @@ packages=(
   libapr1-dev libaprutil1-dev
   clang libclang-rt-14-dev clang-format
   libdw-dev gdb
-  locales bsdutils
+  locales bsdutils time
 )
 
 missing=()

@@ -12,34 +12,40 @@
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
+#include <unicode/utf8.h>
 #include <vector>
 
 namespace xyltool {
 
 namespace {
 
-// The visual string as UTF-8, with swapped surrogate pairs put back.
-std::string toUtf8(const I18NString &visual) {
-  if (visual.empty())
-    return std::string();
-  icu::UnicodeString units(visual.getUnicodeString());
-  for (int32_t i = 0; i + 1 < units.length(); ++i) {
-    const char16_t first = units.charAt(i);
-    const char16_t second = units.charAt(i + 1);
-    if (U16_IS_TRAIL(first) && U16_IS_LEAD(second)) {
-      units.setCharAt(i, second);
-      units.setCharAt(i + 1, first);
-      ++i;
-    } else if (U16_IS_LEAD(first) && U16_IS_TRAIL(second)) {
-      ++i;
+// Writes the visual string as UTF-8, a buffer at a time, with swapped
+// surrogate pairs put back.
+void writeVisual(const I18NString &visual) {
+  const icu::UnicodeString &text = visual.getUnicodeString();
+  const char16_t *units = text.getBuffer();
+  const int32_t count = text.length();
+  char out[65536];
+  int32_t used = 0;
+  for (int32_t i = 0; i < count;) {
+    UChar32 c = units[i++];
+    if (i < count && ((U16_IS_TRAIL(c) && U16_IS_LEAD(units[i])) || (U16_IS_LEAD(c) && U16_IS_TRAIL(units[i]))))
+      c = U16_IS_LEAD(c) ? U16_GET_SUPPLEMENTARY(c, units[i++]) : U16_GET_SUPPLEMENTARY(units[i++], c);
+    else if (U16_IS_SURROGATE(c))
+      c = 0xFFFD;                                                // a lone half has no UTF-8 form
+    U8_APPEND_UNSAFE(reinterpret_cast<uint8_t *>(out), used, c); // room is kept below
+
+    if (used > static_cast<int32_t>(sizeof out) - 8) {
+      writeOut(out, static_cast<std::size_t>(used));
+      used = 0;
     }
   }
-  std::string out;
-  units.toUTF8String(out);
-  return out;
+  out[used++] = '\n';
+  writeOut(out, static_cast<std::size_t>(used));
 }
 
 } // namespace
@@ -48,39 +54,27 @@ int runBidi(int argc, char **argv) {
   std::vector<std::string> files;
   if (!parseValueOptions(argc, argv, nullptr, 0, files))
     return usage(*findCommand("bidi"));
-  std::string input;
-  {
-    Progress progress(argv[0]);
-    if (readInputs(argv[0], files, input, true, &progress) != kSuccess)
-      return kBadData;
-  }
   I18NSession session(argv[0]);
   if (!session.started())
     return kBadData;
-  int result = kSuccess;
-  try {
-    I18NBidi bidi;
-    size_t start = 0;
-    while (start < input.size() && result == kSuccess) {
-      size_t end = input.find('\n', start);
-      if (end == std::string::npos)
-        end = input.size();
-      const std::string line = input.substr(start, end - start);
-      bidi.setText(I18NString(line.data(), "UTF-8", static_cast<int>(line.size())));
-      const std::string visual = toUtf8(bidi.getVisualString());
-      if (!writeAll(stdout, visual.data(), visual.size()) || !writeAll(stdout, "\n", 1)) {
-        std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
-        result = kBadData;
-      }
-      start = end + 1;
-    }
-  } catch (XYLThrowable &e) {
-    std::fprintf(stderr, "%s: %s\n", argv[0], e.getMessage() != nullptr ? e.getMessage() : e.getThrowableName());
-    result = kBadData;
-  }
-  if (std::fflush(stdout) != 0)
-    result = kBadData;
-  return result;
+  Progress progress(argv[0]);
+  std::unique_ptr<I18NBidi> bidi;
+  return forEachLine(
+      argv[0], files,
+      [&](std::string_view line, long long number) {
+        try {
+          if (bidi == nullptr)
+            bidi.reset(new I18NBidi);
+          bidi->setText(I18NString(line.data(), "UTF-8", static_cast<int>(line.size())));
+          writeVisual(bidi->getVisualString());
+          return true;
+        } catch (XYLThrowable &e) {
+          std::fprintf(stderr, "%s: line %lld: %s\n", argv[0], number,
+                       e.getMessage() != nullptr ? e.getMessage() : e.getThrowableName());
+          return false;
+        }
+      },
+      &progress);
 }
 
 } // namespace xyltool

@@ -1,8 +1,7 @@
 // xyl convert --from ENC --to ENC [--mode M] [FILE...] and
 // xyl normalize --form F [FILE...]: files (or standard input) to standard
-// output through the library's converters and
-// normalisation, a chunk (convert) or a line (normalize) at a time, so that
-// input of any size streams through in bounded memory.
+// output through the library's converters and normalisation, a chunk at a
+// time, so that input of any size streams through in bounded memory.
 #include "xyl_commands.h"
 #include "xyl_io.h"
 
@@ -10,10 +9,13 @@
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 #include <XYLCore/i18n/cpp/i18n_string.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <unicode/normalizer2.h>
+#include <unicode/utf8.h>
 #include <vector>
 
 namespace xyltool {
@@ -60,10 +62,7 @@ public:
                      static_cast<int>(error));
         return false;
       }
-      if (!writeAll(stdout, m_buffer, static_cast<std::size_t>(produced))) {
-        std::fprintf(stderr, "%s: cannot write standard output\n", m_command);
-        return false;
-      }
+      writeOut(m_buffer, static_cast<std::size_t>(produced));
       units += consumed / 2;
       bytes -= consumed;
     } while (bytes > 0 || produced == static_cast<int>(sizeof m_buffer));
@@ -109,6 +108,61 @@ std::unique_ptr<I18NConverter> openConverter(const std::string &encoding, int mo
   } catch (XYLThrowable &e) {
     std::fprintf(stderr, "%s: %s\n", command, describe(e));
     return nullptr;
+  }
+}
+
+// The ICU normaliser of a form, which knows where text may be cut.
+const icu::Normalizer2 *normalizer(int form) {
+  UErrorCode status = U_ZERO_ERROR;
+  const bool compose = form == I18N_NORMALIZATION_NFC || form == I18N_NORMALIZATION_NFKC;
+  const bool compatible = form == I18N_NORMALIZATION_NFKC || form == I18N_NORMALIZATION_NFKD;
+  const icu::Normalizer2 *found = icu::Normalizer2::getInstance(nullptr, compatible ? "nfkc" : "nfc",
+                                                                compose ? UNORM2_COMPOSE : UNORM2_DECOMPOSE, status);
+  return U_SUCCESS(status) ? found : nullptr;
+}
+
+// Where the text held so far may be cut so that normalising the two parts
+// apart gives the normal form of the whole: after its last line feed (no
+// form joins characters across one), or, in a line longer than kLongRun,
+// before the last character that starts a new normalisation segment. Zero
+// when the text must wait for more input.
+std::size_t cutPoint(const std::string &held, const icu::Normalizer2 &form) {
+  const std::size_t kLongRun = 1 << 20;
+  const std::size_t lineEnd = held.rfind('\n');
+  if (lineEnd != std::string::npos)
+    return lineEnd + 1;
+  if (held.size() < kLongRun)
+    return 0;
+  const uint8_t *bytes = reinterpret_cast<const uint8_t *>(held.data());
+  const int32_t length = static_cast<int32_t>(held.size());
+  for (int32_t i = length - 1; i > length - static_cast<int32_t>(kLongRun); --i) {
+    if ((bytes[i] & 0xC0) == 0x80)
+      continue; // inside a character
+    int32_t next = i;
+    UChar32 c;
+    U8_NEXT(bytes, next, length, c);
+    if (c >= 0 && form.hasBoundaryBefore(c))
+      return static_cast<std::size_t>(i);
+  }
+  return 0;
+}
+
+// Writes the normal form of `size` bytes of UTF-8; false after a message.
+bool normalizeText(const char *text, std::size_t size, I18NNormalizationForms form, unsigned long long offset,
+                   const char *command) {
+  if (size == 0)
+    return true;
+  try {
+    I18NString string(text, "UTF-8", static_cast<int>(size));
+    string.normalize(form);
+    int length = 0;
+    char *bytes = string.toBytes("UTF-8", &length);
+    writeOut(bytes, static_cast<std::size_t>(length));
+    I18NString::freeBuffer(bytes);
+    return true;
+  } catch (XYLThrowable &e) {
+    std::fprintf(stderr, "%s: the text from byte %llu: %s\n", command, offset, describe(e));
+    return false;
   }
 }
 
@@ -163,42 +217,37 @@ int runNormalize(int argc, char **argv) {
   I18NSession session(argv[0]);
   if (!session.started())
     return kBadData;
+  const icu::Normalizer2 *boundaries = normalizer(form->value);
+  if (boundaries == nullptr) {
+    std::fprintf(stderr, "%s: the %s data are missing\n", argv[0], formName.c_str());
+    return kBadData;
+  }
   Progress progress(argv[0]);
-  // No normal form joins characters across a line feed, so each line is
-  // normalised on its own. Each input's last line keeps its (missing) line
-  // feed.
-  std::string line;
-  long long lineNumber = 0;
-  const int result = forEachInput(argv[0], operands, [&](std::FILE *in, const std::string &) {
+  std::string held;
+  std::vector<char> chunk(65536);
+  unsigned long long offset = 0; // input bytes before `held`
+  auto flush = [&](std::size_t size) {
+    if (!normalizeText(held.data(), size, static_cast<I18NNormalizationForms>(form->value), offset, argv[0]))
+      return false;
+    held.erase(0, size);
+    offset += size;
+    return true;
+  };
+  int result = forEachInput(argv[0], operands, [&](std::FILE *in, const std::string &) {
     progress.expect(in);
-    for (int c = 0; c != EOF;) {
-      line.clear();
-      while ((c = std::getc(in)) != EOF && c != '\n')
-        line.push_back(static_cast<char>(c));
-      if (c == EOF && line.empty())
-        break;
-      ++lineNumber;
-      progress.add(line.size() + 1);
-      try {
-        I18NString text(line.data(), "UTF-8", static_cast<int>(line.size()));
-        text.normalize(static_cast<I18NNormalizationForms>(form->value));
-        int length = 0;
-        char *bytes = text.toBytes("UTF-8", &length);
-        const bool written =
-            writeAll(stdout, bytes, static_cast<std::size_t>(length)) && (c == EOF || writeAll(stdout, "\n", 1));
-        I18NString::freeBuffer(bytes);
-        if (!written) {
-          std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
-          return false;
-        }
-      } catch (XYLThrowable &e) {
-        std::fprintf(stderr, "%s: line %lld: %s\n", argv[0], lineNumber, describe(e));
+    std::size_t got;
+    while ((got = std::fread(chunk.data(), 1, chunk.size(), in)) > 0) {
+      progress.add(got);
+      held.append(chunk.data(), got);
+      const std::size_t cut = cutPoint(held, *boundaries);
+      if (cut != 0 && !flush(cut))
         return false;
-      }
     }
     return true;
   });
   progress.finish();
+  if (result == kSuccess && !flush(held.size()))
+    result = kBadData;
   return result;
 }
 

@@ -26,15 +26,19 @@ std::string defaultOutput(const std::string &source) {
 }
 
 bool writeImage(const char *command, const std::string &path, const std::string &image) {
-  std::FILE *out = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+  if (path == "-") {
+    writeOut(image);
+    return true;
+  }
+  std::FILE *out = std::fopen(path.c_str(), "wb");
   if (out == nullptr) {
     std::fprintf(stderr, "%s: cannot create %s: %s\n", command, path.c_str(), std::strerror(errno));
     return false;
   }
   bool ok = writeAll(out, image.data(), image.size());
-  ok = (out == stdout ? std::fflush(out) : std::fclose(out)) == 0 && ok;
+  ok = std::fclose(out) == 0 && ok;
   if (!ok)
-    std::fprintf(stderr, "%s: cannot write %s: %s\n", command, path.c_str(), std::strerror(errno));
+    std::fprintf(stderr, "%s: %s: %s\n", command, path.c_str(), std::strerror(errno));
   return ok;
 }
 
@@ -93,10 +97,7 @@ int runMsgdump(int argc, char **argv) {
     out += XYLCatalogCompiler::formatEntry(number, found, length);
     out += '\n';
   }
-  if (!writeAll(stdout, out.data(), out.size()) || std::fflush(stdout) != 0) {
-    std::fprintf(stderr, "%s: cannot write standard output\n", argv[0]);
-    return kBadData;
-  }
+  writeOut(out);
   if (result != kSuccess)
     std::fprintf(stderr, "%s: %s: some texts are unavailable\n", argv[0], path);
   return result;

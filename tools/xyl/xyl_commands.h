@@ -11,6 +11,7 @@ struct Command {
   const char *name;
   const char *synopsis; // the usage line after "xyl "
   const char *summary;  // one line for the command list
+  const char *details;  // --help: options and defaults, input and output, an example
   int (*run)(int argc, char **argv);
 };
 

@@ -77,6 +77,36 @@ void Progress::finish() {
   std::fflush(stderr);
 }
 
+namespace {
+const char *g_outputCommand = "xyl";
+
+[[noreturn]] void outputFailed(int error) {
+  if (error != EPIPE)
+    std::fprintf(stderr, "%s: standard output: %s\n", g_outputCommand,
+                 error != 0 ? std::strerror(error) : "write error");
+  // Nothing more can reach the output; flushing it again at exit would only
+  // fail once more.
+  _exit(kBadData);
+}
+} // namespace
+
+void setOutputCommand(const char *command) { g_outputCommand = command; }
+
+void writeOut(const void *data, std::size_t size) {
+  if (size != 0 && std::fwrite(data, 1, size, stdout) != size)
+    outputFailed(errno);
+}
+
+void checkOut() {
+  if (std::ferror(stdout) != 0)
+    outputFailed(errno);
+}
+
+void finishOutput() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+    outputFailed(errno);
+}
+
 bool readAll(std::FILE *in, std::string &out, Progress *progress) {
   char chunk[65536];
   std::size_t got;
@@ -180,6 +210,27 @@ int forEachInput(const char *command, const std::vector<std::string> &files,
     }
   }
   return result;
+}
+
+int forEachLine(const char *command, const std::vector<std::string> &files,
+                const std::function<bool(std::string_view, long long)> &each, Progress *progress) {
+  long long number = 0;
+  return forEachInput(command, files, [&](std::FILE *in, const std::string &) {
+    if (progress != nullptr)
+      progress->expect(in);
+    char *buffer = nullptr;
+    std::size_t capacity = 0;
+    ssize_t got;
+    bool ok = true;
+    while (ok && (got = getline(&buffer, &capacity, in)) > 0) {
+      if (progress != nullptr)
+        progress->add(static_cast<std::size_t>(got));
+      const std::size_t length = static_cast<std::size_t>(got) - (buffer[got - 1] == '\n' ? 1 : 0);
+      ok = each(std::string_view(buffer, length), ++number);
+    }
+    std::free(buffer);
+    return ok;
+  });
 }
 
 int readInputs(const char *command, const std::vector<std::string> &files, std::string &text, bool endLines,

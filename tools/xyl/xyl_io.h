@@ -8,7 +8,14 @@
 // command runs. Bad data (unreadable input, undecodable text) exits 1.
 //
 // Commands that read text take FILE operands; no operand, or "-", means
-// standard input (forEachInput / readInputs).
+// standard input (forEachInput / readInputs). A read error names the file.
+//
+// Standard output has one policy for every command: a write that fails ends
+// the process with exit code 1, after "xyl <command>: standard output:
+// <reason>" on standard error; a closed pipe ends it quietly, as SIGPIPE
+// does for other tools (the same exit code 1 when SIGPIPE is ignored).
+// Commands write through writeOut, or through stdio, which main() checks
+// with finishOutput before it exits.
 #ifndef XYL_TOOL_IO_H
 #define XYL_TOOL_IO_H
 
@@ -16,6 +23,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace xyltool {
@@ -47,9 +55,19 @@ private:
   std::chrono::steady_clock::time_point m_last;
 };
 
+// Names the command in the messages of the output policy.
+void setOutputCommand(const char *command);
+// Writes all bytes to standard output, or ends the process (see above).
+void writeOut(const void *data, std::size_t size);
+inline void writeOut(const std::string &text) { writeOut(text.data(), text.size()); }
+// Ends the process now if standard output has failed so far.
+void checkOut();
+// Flushes standard output; ends the process if that fails.
+void finishOutput();
+
 // Reads the whole stream in binary; false on a read error.
 bool readAll(std::FILE *in, std::string &out, Progress *progress = nullptr);
-// Writes all bytes; false on a write error.
+// Writes all bytes to a file; false on a write error.
 bool writeAll(std::FILE *out, const void *data, std::size_t size);
 // True when argv holds -h or --help before a "--".
 bool wantsHelp(int argc, char **argv);
@@ -79,6 +97,11 @@ bool parseValueOptions(int argc, char **argv, const ValueOption *options, int co
 // stops with kBadData. Returns kSuccess otherwise.
 int forEachInput(const char *command, const std::vector<std::string> &files,
                  const std::function<bool(std::FILE *, const std::string &)> &each);
+// Reads each line of the inputs (without its line feed) and hands it to
+// `each` with its number, counted over all inputs; `each` returning false
+// (it reports itself) stops with kBadData. Only one line is held at a time.
+int forEachLine(const char *command, const std::vector<std::string> &files,
+                const std::function<bool(std::string_view, long long)> &each, Progress *progress = nullptr);
 // Reads every input into `text`, one after the other. With `endLines`, an
 // input that does not end with a line feed gets one, so that its last line
 // stays a line of its own. Returns kSuccess or kBadData.
