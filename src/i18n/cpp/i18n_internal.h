@@ -6,9 +6,29 @@
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 
+#include <unicode/ucnv_err.h>
+
 #include <atomic>
 
 namespace i18n_detail {
+
+// Encoding names the converters open by; the toolkit default is shared by
+// every converter of that name (compared by address when freeing names).
+inline constexpr char kToolkitDefault[] = "UTF8";
+inline constexpr char kUTF16Platform[] = "UTF16_PlatformEndian";
+inline constexpr char kUTF32Platform[] = "UTF32_PlatformEndian";
+
+// The library's ICU callbacks for modes 1 (resources) and 3 (user); their
+// context is the converter's ConverterCallbackContext.
+void UCNV_TO_U_CALLBACK_RESOURCES(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits,
+                                  int32_t length, UConverterCallbackReason reason, UErrorCode *err);
+void UCNV_TO_U_CALLBACK_USER(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits, int32_t length,
+                             UConverterCallbackReason reason, UErrorCode *err);
+void UCNV_FROM_U_CALLBACK_RESOURCES(const void *context, UConverterFromUnicodeArgs *args, const UChar *codeUnits,
+                                    int32_t length, UChar32 codePoint, UConverterCallbackReason reason,
+                                    UErrorCode *err);
+void UCNV_FROM_U_CALLBACK_USER(const void *context, UConverterFromUnicodeArgs *args, const UChar *codeUnits,
+                               int32_t length, UChar32 codePoint, UConverterCallbackReason reason, UErrorCode *err);
 
 // What the library's own ICU callbacks (modes 1 and 3) need: the encoding
 // name, and the user callback of their direction while mode 3 is installed.
