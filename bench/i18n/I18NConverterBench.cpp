@@ -1,7 +1,7 @@
 // Converter benchmarks, each beside its ICU peer: a pooled converter taken
 // and returned vs ucnv_open + ucnv_close of the same encoding; opening and
 // cloning windows-1252; UTF-8 to UTF-16 through a converter vs ICU's
-// u_strFromUTF8 and ucnv_toUChars.
+// u_strFromUTF8 and ucnv_toUChars, and back vs u_strToUTF8.
 #include "I18NBenchSupport.h"
 
 #include <XYLCore/i18n/cpp/i18n_converter.h>
@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>
+#include <unicode/unistr.h>
 #include <unicode/ustring.h>
 
 #include <string>
@@ -167,5 +168,34 @@ void BM_Icu_ucnv_toUChars(benchmark::State &state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
 }
 BENCHMARK(BM_Icu_ucnv_toUChars)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_XylConverter_UTF16ToUTF8(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  const icu::UnicodeString source = icu::UnicodeString::fromUTF8(text);
+  std::vector<char> target(text.size() + 1);
+  for (auto _ : state) {
+    I18NConverterUTF8 converter;
+    I18NErrorCodes error;
+    int n = converter->fromUnicode(reinterpret_cast<const unsigned short *>(source.getBuffer()), source.length() * 2,
+                                   target.data(), static_cast<int>(target.size()), &error);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_XylConverter_UTF16ToUTF8)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_Icu_u_strToUTF8(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  const icu::UnicodeString source = icu::UnicodeString::fromUTF8(text);
+  std::vector<char> target(text.size() + 1);
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t n = 0;
+    u_strToUTF8(target.data(), static_cast<int32_t>(target.size()), &n, source.getBuffer(), source.length(), &status);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_Icu_u_strToUTF8)->Arg(64)->Arg(4096)->Arg(1 << 20);
 
 } // namespace

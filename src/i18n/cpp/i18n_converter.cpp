@@ -438,6 +438,60 @@ int I18NConverter::getEffectiveBufferSize(const char *buffer, int length) const 
 
 namespace {
 
+// UTF-8 converters decode and encode through ICU's direct UTF-8 functions,
+// which skip the converter framework (callbacks, offsets, chunking). Valid
+// text converts the same either way. On ill-formed text the direct functions
+// reproduce only the substitute mode (one U+FFFD, or its three bytes, per
+// maximal ill-formed subpart, as the UTF-8 converter's substitute callback
+// writes); every other mode goes back to the converter, whose callbacks
+// decide, and so does a target that is too small. A converter whose substitution character was changed through
+// getUConverter() is not looked at: the modes are the contract.
+bool utf8Direct(UConverter *converter, int mode) {
+  return ucnv_getType(converter) == UCNV_UTF8 && mode >= I18N_UNCONVERTIBLE_ESCAPE && mode <= I18N_UNCONVERTIBLE_STOP;
+}
+
+// A target too small for the whole text is filled differently (the
+// converter writes the leading bytes or unit of a character that does not
+// fit whole, the direct functions stop before it), so overflow goes back to
+// the converter as ill-formed text does.
+bool settled(UErrorCode *status) {
+  if (*status != U_INVALID_CHAR_FOUND && *status != U_BUFFER_OVERFLOW_ERROR)
+    return true;
+  *status = U_ZERO_ERROR;
+  return false;
+}
+
+// True when the direct path settled the conversion (*units and *status hold
+// its outcome); false when the converter must run.
+bool decodeUTF8(const char *source, int length, UChar *target, int capacity, int mode, int32_t *units,
+                UErrorCode *status) {
+  *status = U_ZERO_ERROR;
+  if (mode == I18N_UNCONVERTIBLE_SUBSTITUTE)
+    u_strFromUTF8WithSub(target, capacity, units, length == 0 ? "" : source, length, 0xFFFD, nullptr, status);
+  else
+    u_strFromUTF8(target, capacity, units, length == 0 ? "" : source, length, status);
+  return settled(status);
+}
+
+bool encodeUTF8(const UChar *source, int units, char *target, int capacity, int mode, int32_t *bytes,
+                UErrorCode *status) {
+  *status = U_ZERO_ERROR;
+  if (mode == I18N_UNCONVERTIBLE_SUBSTITUTE)
+    u_strToUTF8WithSub(target, capacity, bytes, source, units, 0xFFFD, nullptr, status);
+  else
+    u_strToUTF8(target, capacity, bytes, source, units, status);
+  return settled(status);
+}
+
+// A whole buffer of `length` bytes (already effective) to UTF-16.
+int32_t toUChars(UConverter *converter, int mode, const char *source, int length, UChar *target, int capacity,
+                 UErrorCode *status) {
+  int32_t units = 0;
+  if (utf8Direct(converter, mode) && decodeUTF8(source, length, target, capacity, mode, &units, status))
+    return units;
+  return ucnv_toUChars(converter, target, capacity, length == 0 ? "" : source, length, status);
+}
+
 int unicodeUnits(const unsigned short *source, int sourceBytes) {
   if (source == nullptr)
     return 0;
@@ -457,8 +511,8 @@ int I18NConverter::toUnicode(const char *source, int sourceLength, unsigned shor
     return 0;
   }
   UErrorCode status = U_ZERO_ERROR;
-  int32_t units = ucnv_toUChars(m_pConverter, reinterpret_cast<UChar *>(target), targetBytes / 2,
-                                length == 0 ? "" : source, length, &status);
+  int32_t units =
+      toUChars(m_pConverter, m_inputMode, source, length, reinterpret_cast<UChar *>(target), targetBytes / 2, &status);
   setError(error, conversionStatus(status));
   return units * 2;
 }
@@ -472,9 +526,12 @@ int I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, ch
     return 0;
   }
   static const UChar kEmpty[1] = {0};
+  const UChar *text = units == 0 ? kEmpty : reinterpret_cast<const UChar *>(source);
   UErrorCode status = U_ZERO_ERROR;
-  int32_t bytes = ucnv_fromUChars(m_pConverter, target, targetBytes,
-                                  units == 0 ? kEmpty : reinterpret_cast<const UChar *>(source), units, &status);
+  int32_t bytes;
+  if (!utf8Direct(m_pConverter, m_outputMode) ||
+      !encodeUTF8(text, units, target, targetBytes, m_outputMode, &bytes, &status))
+    bytes = ucnv_fromUChars(m_pConverter, target, targetBytes, text, units, &status);
   I18NErrorCodes code = conversionStatus(status);
   // ucnv_fromUChars terminates with one NUL byte; a wider NUL needs room of
   // its own and is written here.
@@ -511,8 +568,8 @@ unsigned short *I18NConverter::toUnicode(const char *source, int sourceLength, i
   for (int attempt = 0; attempt < 2; ++attempt) {
     char *block = allocateResult(allocator, context, static_cast<int>(guess * 2));
     UErrorCode status = U_ZERO_ERROR;
-    int32_t units = ucnv_toUChars(m_pConverter, reinterpret_cast<UChar *>(block), static_cast<int32_t>(guess),
-                                  length == 0 ? "" : source, length, &status);
+    int32_t units = toUChars(m_pConverter, m_inputMode, source, length, reinterpret_cast<UChar *>(block),
+                             static_cast<int32_t>(guess), &status);
     I18NErrorCodes code = conversionStatus(status);
     if (code == I18N_SUCCESS) {
       if (targetBytes != nullptr)
