@@ -131,6 +131,8 @@ void freeResult(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *context, c
 
 } // namespace
 
+void i18n_detail::countClone() { gCloneCount.fetch_add(1, std::memory_order_relaxed); }
+
 void i18n_detail::raiseConverterOutOfMemory() { XYL_THROW(XYLOutOfMemoryError(0L, nullptr)); }
 
 // ---- I18NConverter ---------------------------------------------------------
@@ -144,25 +146,9 @@ I18NConverter::I18NConverter()
 I18NConverter::I18NConverter(const char *encoding) : I18NConverter() {
   if (encoding == nullptr || *encoding == '\0')
     encoding = kToolkitDefault;
-  if (I18NConverterPools::initCount.load(std::memory_order_acquire) > 0) {
-    const I18NConverter *prototype = nullptr;
-    if (isUTF8(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolUTF8];
-    else if (isUTF16(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolUTF16];
-    else if (isPlatformDefault(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolPlatformDefault];
-    if (prototype != nullptr) {
-      try {
-        create(*prototype);
-        setName(encoding);
-      } catch (...) {
-        release();
-        throw;
-      }
-      return;
-    }
-  }
+  // Every encoding is pooled once the layer is initialised.
+  if (I18NConverterPools::takeNamed(*this, encoding))
+    return;
   try {
     create(encoding);
   } catch (...) {
@@ -189,6 +175,8 @@ I18NConverter &I18NConverter::operator=(const I18NConverter &other) {
 I18NConverter::~I18NConverter() { release(); }
 
 void I18NConverter::release() {
+  if (m_reserved != nullptr)
+    I18NConverterPools::giveNamed(*this); // leaves nothing to free
   if (m_pConverter != nullptr)
     ucnv_close(m_pConverter);
   m_pConverter = nullptr;
@@ -253,7 +241,8 @@ void I18NConverter::create(const char *encoding) {
 }
 
 void I18NConverter::create(const I18NConverter &other) {
-  i18n_detail::ConverterCallbackContext *context = m_pContext;
+  // A pooled converter's context belongs to its pool: a copy needs its own.
+  i18n_detail::ConverterCallbackContext *context = m_reserved != nullptr ? nullptr : m_pContext;
   if (context == nullptr) {
     context = new (std::nothrow) i18n_detail::ConverterCallbackContext{nullptr, nullptr, nullptr};
     if (context == nullptr)
@@ -285,6 +274,8 @@ void I18NConverter::create(const I18NConverter &other) {
     }
   }
   // Nothing can fail from here on: drop what was held and take the copy.
+  if (m_reserved != nullptr)
+    I18NConverterPools::giveNamed(*this);
   if (m_pConverter != nullptr)
     ucnv_close(m_pConverter);
   if (m_pEncoding != nullptr && m_pEncoding != kToolkitDefault)

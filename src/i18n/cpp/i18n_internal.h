@@ -74,6 +74,21 @@ struct I18NConverterPools {
   static int createPrototypes();
   // Deletes the prototypes and every pooled converter (caller holds the lock).
   static void releaseAll();
+
+  // The pool of converters by encoding name: a prototype and a few idle
+  // clones per encoding, for the most recently used encodings. takeNamed
+  // fills a fresh converter (default modes) with a pooled ICU converter and
+  // returns true, or returns false when the layer is not initialised; an
+  // unknown name throws as opening it would. giveNamed takes the ICU
+  // converter back and leaves `converter` empty; it accepts converters that
+  // outlive I18NTerminate.
+  static bool takeNamed(I18NConverter &converter, const char *encoding);
+  // A new converter opened by name (the named pool's prototypes).
+  static I18NConverter *openByName(const char *encoding);
+  static void giveNamed(I18NConverter &converter);
+  // Bounds: encodings kept, idle clones kept per encoding.
+  static constexpr int kNamedEncodings = 8;
+  static constexpr int kNamedIdle = 8;
   // Forgets the cached platform default encoding name (termination).
   static void releasePlatformDefaultName();
 };
@@ -89,6 +104,9 @@ namespace i18n_detail {
 bool registerSharedObject(int which, const char *key, void *object, void (*destroy)(void *));
 // The object registered under `key`, or null.
 void *findSharedObject(int which, const char *key);
+
+// Counts a converter cloned (I18NConverter::getCloneCount).
+void countClone();
 
 // Raises XYLOutOfMemoryError from the converter's source file.
 [[noreturn]] void raiseConverterOutOfMemory();
