@@ -33,15 +33,12 @@ constexpr unsigned int kTableLimit = 16;
 
 const unsigned long *XYLUtCrc32::getCrcTable() { return kCrcTable.entry; }
 
-unsigned long XYLUtCrc32::crc32(unsigned long crc, const unsigned char *buf, unsigned int len) {
-  if (buf == nullptr)
-    return 0;
-  // Only the low 32 bits take part, as with zlib on LP64. ISA-L's reflected
-  // CRC takes and returns the same complemented register as zlib's crc32.
-  std::uint32_t c = static_cast<std::uint32_t>(crc);
-  if (len >= kTableLimit)
-    return crc32_gzip_refl(c, buf, len);
-  const unsigned long *table = getCrcTable();
+namespace {
+
+// The byte-table loop for short buffers; out of line so that the long path
+// of crc32 saves no registers and ends in a jump into ISA-L.
+[[gnu::noinline]] unsigned long tableCrc32(std::uint32_t c, const unsigned char *buf, unsigned int len) {
+  const unsigned long *table = kCrcTable.entry;
   c = ~c;
   while (len >= 8) {
     for (int k = 0; k < 8; ++k)
@@ -52,4 +49,17 @@ unsigned long XYLUtCrc32::crc32(unsigned long crc, const unsigned char *buf, uns
   while (len-- != 0)
     c = (c >> 8) ^ static_cast<std::uint32_t>(table[(c ^ *buf++) & 0xFF]);
   return ~c;
+}
+
+} // namespace
+
+unsigned long XYLUtCrc32::crc32(unsigned long crc, const unsigned char *buf, unsigned int len) {
+  if (buf == nullptr)
+    return 0;
+  // Only the low 32 bits take part, as with zlib on LP64. ISA-L's reflected
+  // CRC takes and returns the same complemented register as zlib's crc32.
+  const std::uint32_t c = static_cast<std::uint32_t>(crc);
+  if (len >= kTableLimit)
+    return crc32_gzip_refl(c, buf, len);
+  return tableCrc32(c, buf, len);
 }
