@@ -627,7 +627,8 @@ TEST(I18NConverterTest, CopiesKeepModesAndCallbacksAndAreIndependent) {
   I18NErrorCodes error = I18N_GENERAL_FAILURE;
   toUnicode(original, "\xFF", &error);
   EXPECT_EQ(I18N_SUCCESS, error);
-  assigned = assigned; // self-assignment keeps the converter usable
+  I18NConverter &self = assigned;
+  assigned = self; // self-assignment keeps the converter usable
   EXPECT_EQ(u"\u3042", toUnicode(assigned, "\x82\xA0", &error));
 }
 
