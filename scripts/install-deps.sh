@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config git
-  zlib1g-dev libicu-dev libdeflate-dev libxml2-dev unicode-data
+  zlib1g-dev libicu-dev libisal-dev libxml2-dev unicode-data
   libgtest-dev libgmock-dev libbenchmark-dev
   libapr1-dev libaprutil1-dev
   clang libclang-rt-14-dev clang-format

@@ -9,7 +9,7 @@ img=$root/docs/img
 mkdir -p "$img"
 
 gnuplot <<GP
-set terminal pngcairo size 900,520 font "DejaVu Sans,10"
+set terminal pngcairo size 1100,640 font "DejaVu Sans,10" noenhanced
 set datafile separator whitespace
 set style fill solid 0.8 border -1
 set boxwidth 0.6
@@ -21,8 +21,8 @@ set title "Time relative to the peer (lower is better; dash = target)"
 set ylabel "time ratio (library / peer)"
 set yrange [0:2.2]
 set xtics rotate by -40 left
-set bmargin 8
-set rmargin 10
+set bmargin 15
+set rmargin 24
 plot "$data/time-ratios.dat" using 0:(\$2 > \$3 ? \$2 : 1/0):xtic(1) with boxes lc rgb "#d62728" title "misses target", \
      "" using 0:(\$2 <= \$3 ? \$2 : 1/0) with boxes lc rgb "#1f77b4" title "meets target", \
      "" using (\$0-0.4):3:(0.8):(0) with vectors nohead lw 3 lc rgb "black" title "target", \
@@ -38,7 +38,7 @@ plot "$data/speedups.dat" using 0:2:xtic(1) with boxes lc rgb "#2ca02c" title "m
 unset logscale y
 
 set output "$img/string-sizes.png"
-set title "I18NString conversions vs ICU into a reused buffer (higher is better)"
+set title "I18NString conversions vs u_strFromUTF8 / u_strToUTF8 into a reused buffer (higher is better)"
 set ylabel "speed relative to ICU"
 set yrange [0:1.5]
 set xtics norotate
@@ -47,8 +47,8 @@ set rmargin 3
 set style data histograms
 set style histogram clustered gap 1
 set boxwidth 0.9
-plot "$data/string-sizes.dat" using 2:xtic(1) title "mixed UTF-8 -> I18NString" lc rgb "#ff7f0e", \
-     "" using 3 title "I18NString -> UTF-8" lc rgb "#9467bd", \
+plot "$data/string-sizes.dat" using 2:xtic(1) title "mixed UTF-8 -> I18NString vs u_strFromUTF8" lc rgb "#ff7f0e", \
+     "" using 3 title "I18NString -> UTF-8 vs u_strToUTF8" lc rgb "#9467bd", \
      1 with lines dt 2 lw 2 lc rgb "black" title "target"
 GP
 echo "wrote $img/time-ratios.png $img/speedups.png $img/string-sizes.png"

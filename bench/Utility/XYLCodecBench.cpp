@@ -1,5 +1,6 @@
-// Codecs against their peers: CRC-32 against zlib, Base64 against APR, the
-// squisher round trip against zlib's compress2 (level 9) plus uncompress.
+// Codecs against their peers: CRC-32 against ISA-L's crc32_gzip_refl (zlib for
+// reference), Base64 against APR, the squisher round trip
+// against zlib's compress2 (level 9) plus uncompress.
 #include <XYLCore/Utility/XYLSquisher.h>
 #include <XYLCore/Utility/XYLUtCrc32.h>
 #include <XYLCore/Utility/xylbase64.h>
@@ -7,6 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <isa-l/crc.h>
 #include <random>
 #include <string>
 #include <vector>
@@ -48,7 +50,16 @@ void BM_XylCrc32(benchmark::State &state) {
     benchmark::DoNotOptimize(XYLUtCrc32::crc32(0, data.data(), static_cast<unsigned int>(data.size())));
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(BM_XylCrc32)->Arg(64)->Arg(1 << 20);
+BENCHMARK(BM_XylCrc32)->Arg(8)->Arg(16)->Arg(64)->Arg(256)->Arg(1024)->Arg(1 << 20);
+
+// zlib's crc32(0, ...) is ISA-L's crc32_gzip_refl(0, ...).
+void BM_IsalCrc32(benchmark::State &state) {
+  auto data = randomBytes(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(crc32_gzip_refl(0, data.data(), static_cast<std::uint64_t>(data.size())));
+  state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_IsalCrc32)->Arg(8)->Arg(16)->Arg(64)->Arg(256)->Arg(1024)->Arg(1 << 20);
 
 void BM_ZlibCrc32(benchmark::State &state) {
   auto data = randomBytes(static_cast<std::size_t>(state.range(0)));

@@ -1,14 +1,16 @@
 // Converter benchmarks, each beside its ICU peer: a pooled converter taken
 // and returned vs ucnv_open + ucnv_close of the same encoding; opening and
 // cloning windows-1252; UTF-8 to UTF-16 through a converter vs ICU's
-// u_strFromUTF8 and ucnv_toUChars.
+// u_strFromUTF8 and ucnv_toUChars, and back vs u_strToUTF8.
 #include "I18NBenchSupport.h"
 
+#include <XYLCore/i18n/c/i18n_c.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 #include <XYLCore/i18n/cpp/i18n_init.h>
 
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>
+#include <unicode/unistr.h>
 #include <unicode/ustring.h>
 
 #include <string>
@@ -61,7 +63,7 @@ void BM_XylPooledTakeReturn_UTF8_Threads(benchmark::State &state) {
     benchmark::DoNotOptimize(&converter.getConverter());
   }
 }
-BENCHMARK(BM_XylPooledTakeReturn_UTF8_Threads)->Threads(2);
+BENCHMARK(BM_XylPooledTakeReturn_UTF8_Threads)->Threads(2)->UseRealTime();
 
 void BM_IcuOpenClose_UTF8_Threads(benchmark::State &state) {
   for (auto _ : state) {
@@ -71,25 +73,79 @@ void BM_IcuOpenClose_UTF8_Threads(benchmark::State &state) {
     ucnv_close(converter);
   }
 }
-BENCHMARK(BM_IcuOpenClose_UTF8_Threads)->Threads(2);
+BENCHMARK(BM_IcuOpenClose_UTF8_Threads)->Threads(2)->UseRealTime();
 
-void BM_XylOpen_Windows1252(benchmark::State &state) {
+// A converter by name made and destroyed, as a server does per request:
+// through the C++ class, through the C interface, and ICU's own ways of
+// getting one (opening it, cloning an opened prototype: ucnv_clone is
+// ucnv_safeClone with ICU sizing the memory).
+void BM_XylOpen(benchmark::State &state, const char *name) {
+  for (auto _ : state) {
+    I18NConverter converter(name);
+    benchmark::DoNotOptimize(converter.getUConverter());
+  }
+}
+BENCHMARK_CAPTURE(BM_XylOpen, Windows1252, "windows-1252");
+BENCHMARK_CAPTURE(BM_XylOpen, ShiftJIS, "Shift_JIS");
+
+void BM_XylCApiCreateFree(benchmark::State &state, const char *name) {
+  for (auto _ : state) {
+    I18NConverterHandle converter = nullptr;
+    I18NErrorCodes error;
+    i18nConverterCreate(&converter, name, &error);
+    benchmark::DoNotOptimize(converter);
+    i18nConverterFree(&converter, &error);
+  }
+}
+BENCHMARK_CAPTURE(BM_XylCApiCreateFree, Windows1252, "windows-1252");
+BENCHMARK_CAPTURE(BM_XylCApiCreateFree, ShiftJIS, "Shift_JIS");
+
+void BM_IcuOpenClose(benchmark::State &state, const char *name) {
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *converter = ucnv_open(name, &status);
+    benchmark::DoNotOptimize(converter);
+    ucnv_close(converter);
+  }
+}
+BENCHMARK_CAPTURE(BM_IcuOpenClose, Windows1252, "windows-1252");
+BENCHMARK_CAPTURE(BM_IcuOpenClose, ShiftJIS, "Shift_JIS");
+
+void BM_IcuSafeClone(benchmark::State &state, const char *name) {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter *prototype = ucnv_open(name, &status);
+  for (auto _ : state) {
+    status = U_ZERO_ERROR;
+    UConverter *copy = ucnv_clone(prototype, &status);
+    benchmark::DoNotOptimize(copy);
+    ucnv_close(copy);
+  }
+  ucnv_close(prototype);
+}
+BENCHMARK_CAPTURE(BM_IcuSafeClone, Windows1252, "windows-1252");
+BENCHMARK_CAPTURE(BM_IcuSafeClone, ShiftJIS, "Shift_JIS");
+
+void BM_XylOpen_Windows1252_Threads(benchmark::State &state) {
   for (auto _ : state) {
     I18NConverter converter("windows-1252");
     benchmark::DoNotOptimize(converter.getUConverter());
   }
 }
-BENCHMARK(BM_XylOpen_Windows1252);
+BENCHMARK(BM_XylOpen_Windows1252_Threads)->Threads(2)->UseRealTime();
 
-void BM_IcuOpenClose_Windows1252(benchmark::State &state) {
+void BM_IcuSafeClone_Windows1252_Threads(benchmark::State &state) {
+  static UConverter *prototype = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    return ucnv_open("windows-1252", &status);
+  }();
   for (auto _ : state) {
     UErrorCode status = U_ZERO_ERROR;
-    UConverter *converter = ucnv_open("windows-1252", &status);
-    benchmark::DoNotOptimize(converter);
-    ucnv_close(converter);
+    UConverter *copy = ucnv_clone(prototype, &status);
+    benchmark::DoNotOptimize(copy);
+    ucnv_close(copy);
   }
 }
-BENCHMARK(BM_IcuOpenClose_Windows1252);
+BENCHMARK(BM_IcuSafeClone_Windows1252_Threads)->Threads(2)->UseRealTime();
 
 void BM_XylClone_Windows1252(benchmark::State &state) {
   I18NConverter prototype("windows-1252");
@@ -99,19 +155,6 @@ void BM_XylClone_Windows1252(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_XylClone_Windows1252);
-
-void BM_IcuClone_Windows1252(benchmark::State &state) {
-  UErrorCode status = U_ZERO_ERROR;
-  UConverter *prototype = ucnv_open("windows-1252", &status);
-  for (auto _ : state) {
-    status = U_ZERO_ERROR;
-    UConverter *copy = ucnv_clone(prototype, &status);
-    benchmark::DoNotOptimize(copy);
-    ucnv_close(copy);
-  }
-  ucnv_close(prototype);
-}
-BENCHMARK(BM_IcuClone_Windows1252);
 
 // Mixed text: ASCII words with Latin-1, Greek, CJK and an emoji.
 std::string mixedText(size_t bytes) {
@@ -167,5 +210,34 @@ void BM_Icu_ucnv_toUChars(benchmark::State &state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
 }
 BENCHMARK(BM_Icu_ucnv_toUChars)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_XylConverter_UTF16ToUTF8(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  const icu::UnicodeString source = icu::UnicodeString::fromUTF8(text);
+  std::vector<char> target(text.size() + 1);
+  for (auto _ : state) {
+    I18NConverterUTF8 converter;
+    I18NErrorCodes error;
+    int n = converter->fromUnicode(reinterpret_cast<const unsigned short *>(source.getBuffer()), source.length() * 2,
+                                   target.data(), static_cast<int>(target.size()), &error);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_XylConverter_UTF16ToUTF8)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+void BM_Icu_u_strToUTF8(benchmark::State &state) {
+  const std::string text = mixedText(static_cast<size_t>(state.range(0)));
+  const icu::UnicodeString source = icu::UnicodeString::fromUTF8(text);
+  std::vector<char> target(text.size() + 1);
+  for (auto _ : state) {
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t n = 0;
+    u_strToUTF8(target.data(), static_cast<int32_t>(target.size()), &n, source.getBuffer(), source.length(), &status);
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(BM_Icu_u_strToUTF8)->Arg(64)->Arg(4096)->Arg(1 << 20);
 
 } // namespace

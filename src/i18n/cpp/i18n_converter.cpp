@@ -1,6 +1,8 @@
-// Code page converters: I18NConverter over one ICU converter, the library's
-// unconvertible-sequence callbacks, the three converter pools and the
-// platform default encoding.
+// Code page converters: I18NConverter over one ICU converter (opening,
+// cloning, modes, conversions and the name tests). The library's ICU
+// callbacks live in i18n_converter_callbacks.cpp, the pools in
+// i18n_converter_pools.cpp and the default encodings in
+// i18n_converter_platform.cpp.
 #include "i18n/cpp/i18n_internal.h"
 #include "i18n/cpp/i18n_os.h"
 #include "i18n/cpp/i18n_testpeer.h"
@@ -27,16 +29,17 @@
 
 namespace {
 
-const char kToolkitDefault[] = "UTF8";
-const char kUTF16Platform[] = "UTF16_PlatformEndian";
-const char kUTF32Platform[] = "UTF32_PlatformEndian";
+using i18n_detail::kToolkitDefault;
+using i18n_detail::kUTF16Platform;
+using i18n_detail::kUTF32Platform;
+using i18n_detail::UCNV_FROM_U_CALLBACK_RESOURCES;
+using i18n_detail::UCNV_FROM_U_CALLBACK_USER;
+using i18n_detail::UCNV_TO_U_CALLBACK_RESOURCES;
+using i18n_detail::UCNV_TO_U_CALLBACK_USER;
 
 std::atomic<long> gOpenCount{0};
 std::atomic<long> gCloneCount{0};
 std::atomic<bool> gDataDirectoryChecked{false};
-
-// The platform default name, computed once (see I18NGetPlatformDefaultEncoding).
-std::atomic<char *> gPlatformDefault{nullptr};
 
 bool lowerEquals(const char *a, const char *b) {
   for (;; ++a, ++b) {
@@ -72,84 +75,6 @@ void ensureDataDirectory() {
   if (dir == nullptr || *dir == '\0')
     u_setDataDirectory(".");
   gDataDirectoryChecked.store(true, std::memory_order_release);
-}
-
-// ---- The library's ICU callbacks (modes 1 and 3) -------------------------
-
-void writeCodePoints(UConverterToUnicodeArgs *args, const unsigned int *codePoints, int count, UErrorCode *err) {
-  UChar units[2 * I18N_CONVERTER_CALLBACK_CAPACITY];
-  int32_t n = 0;
-  for (int i = 0; i < count; ++i) {
-    UChar32 c = static_cast<UChar32>(codePoints[i]);
-    if (c < 0 || c > 0x10FFFF)
-      return; // not a code point: the ICU error stands
-    if (c <= 0xFFFF) {
-      units[n++] = static_cast<UChar>(c);
-    } else {
-      units[n++] = U16_LEAD(c);
-      units[n++] = U16_TRAIL(c);
-    }
-  }
-  *err = U_ZERO_ERROR;
-  ucnv_cbToUWriteUChars(args, units, n, 0, err);
-}
-
-void UCNV_TO_U_CALLBACK_RESOURCES(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits,
-                                  int32_t length, UConverterCallbackReason reason, UErrorCode *err) {
-  if (reason > UCNV_IRREGULAR)
-    return; // reset, close, clone: nothing to do
-  const auto *ctx = static_cast<const i18n_detail::ConverterCallbackContext *>(context);
-  unsigned int codePoints[I18N_CONVERTER_CALLBACK_CAPACITY];
-  int count = I18NInternalResources::getReplacementSequence(ctx->encoding, codeUnits, length, codePoints,
-                                                            I18N_CONVERTER_CALLBACK_CAPACITY);
-  if (count > 0)
-    writeCodePoints(args, codePoints, count, err);
-}
-
-void UCNV_TO_U_CALLBACK_USER(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits, int32_t length,
-                             UConverterCallbackReason reason, UErrorCode *err) {
-  if (reason > UCNV_IRREGULAR)
-    return;
-  const auto *ctx = static_cast<const i18n_detail::ConverterCallbackContext *>(context);
-  if (ctx->inputCallback == nullptr)
-    return;
-  unsigned int codePoints[I18N_CONVERTER_CALLBACK_CAPACITY];
-  int count = I18N_CONVERTER_CALLBACK_CAPACITY;
-  I18NErrorCodes status = I18N_SUCCESS;
-  ctx->inputCallback(ctx->encoding, codeUnits, length, codePoints, &count, &status);
-  if (status == I18N_SUCCESS && count > 0 && count <= I18N_CONVERTER_CALLBACK_CAPACITY)
-    writeCodePoints(args, codePoints, count, err);
-}
-
-void UCNV_FROM_U_CALLBACK_RESOURCES(const void *context, UConverterFromUnicodeArgs *args, const UChar *, int32_t,
-                                    UChar32 codePoint, UConverterCallbackReason reason, UErrorCode *err) {
-  if (reason > UCNV_IRREGULAR)
-    return;
-  const auto *ctx = static_cast<const i18n_detail::ConverterCallbackContext *>(context);
-  char bytes[I18N_CONVERTER_CALLBACK_CAPACITY];
-  int count = I18NInternalResources::getReplacementSequence(ctx->encoding, static_cast<unsigned int>(codePoint), bytes,
-                                                            I18N_CONVERTER_CALLBACK_CAPACITY);
-  if (count > 0) {
-    *err = U_ZERO_ERROR;
-    ucnv_cbFromUWriteBytes(args, bytes, count, 0, err);
-  }
-}
-
-void UCNV_FROM_U_CALLBACK_USER(const void *context, UConverterFromUnicodeArgs *args, const UChar *, int32_t,
-                               UChar32 codePoint, UConverterCallbackReason reason, UErrorCode *err) {
-  if (reason > UCNV_IRREGULAR)
-    return;
-  const auto *ctx = static_cast<const i18n_detail::ConverterCallbackContext *>(context);
-  if (ctx->outputCallback == nullptr)
-    return;
-  char bytes[I18N_CONVERTER_CALLBACK_CAPACITY];
-  int count = I18N_CONVERTER_CALLBACK_CAPACITY;
-  I18NErrorCodes status = I18N_SUCCESS;
-  ctx->outputCallback(static_cast<unsigned int>(codePoint), ctx->encoding, bytes, &count, &status);
-  if (status == I18N_SUCCESS && count > 0 && count <= I18N_CONVERTER_CALLBACK_CAPACITY) {
-    *err = U_ZERO_ERROR;
-    ucnv_cbFromUWriteBytes(args, bytes, count, 0, err);
-  }
 }
 
 // Maps the outcome of a whole-buffer conversion to the library's codes.
@@ -206,6 +131,8 @@ void freeResult(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *context, c
 
 } // namespace
 
+void i18n_detail::countClone() { gCloneCount.fetch_add(1, std::memory_order_relaxed); }
+
 void i18n_detail::raiseConverterOutOfMemory() { XYL_THROW(XYLOutOfMemoryError(0L, nullptr)); }
 
 // ---- I18NConverter ---------------------------------------------------------
@@ -219,25 +146,9 @@ I18NConverter::I18NConverter()
 I18NConverter::I18NConverter(const char *encoding) : I18NConverter() {
   if (encoding == nullptr || *encoding == '\0')
     encoding = kToolkitDefault;
-  if (I18NConverterPools::initCount.load(std::memory_order_acquire) > 0) {
-    const I18NConverter *prototype = nullptr;
-    if (isUTF8(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolUTF8];
-    else if (isUTF16(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolUTF16];
-    else if (isPlatformDefault(encoding))
-      prototype = I18NConverterPools::prototypes[i18n_detail::PoolPlatformDefault];
-    if (prototype != nullptr) {
-      try {
-        create(*prototype);
-        setName(encoding);
-      } catch (...) {
-        release();
-        throw;
-      }
-      return;
-    }
-  }
+  // Every encoding is pooled once the layer is initialised.
+  if (I18NConverterPools::takeNamed(*this, encoding))
+    return;
   try {
     create(encoding);
   } catch (...) {
@@ -264,6 +175,8 @@ I18NConverter &I18NConverter::operator=(const I18NConverter &other) {
 I18NConverter::~I18NConverter() { release(); }
 
 void I18NConverter::release() {
+  if (m_reserved != nullptr)
+    I18NConverterPools::giveNamed(*this); // leaves nothing to free
   if (m_pConverter != nullptr)
     ucnv_close(m_pConverter);
   m_pConverter = nullptr;
@@ -328,7 +241,8 @@ void I18NConverter::create(const char *encoding) {
 }
 
 void I18NConverter::create(const I18NConverter &other) {
-  i18n_detail::ConverterCallbackContext *context = m_pContext;
+  // A pooled converter's context belongs to its pool: a copy needs its own.
+  i18n_detail::ConverterCallbackContext *context = m_reserved != nullptr ? nullptr : m_pContext;
   if (context == nullptr) {
     context = new (std::nothrow) i18n_detail::ConverterCallbackContext{nullptr, nullptr, nullptr};
     if (context == nullptr)
@@ -360,6 +274,8 @@ void I18NConverter::create(const I18NConverter &other) {
     }
   }
   // Nothing can fail from here on: drop what was held and take the copy.
+  if (m_reserved != nullptr)
+    I18NConverterPools::giveNamed(*this);
   if (m_pConverter != nullptr)
     ucnv_close(m_pConverter);
   if (m_pEncoding != nullptr && m_pEncoding != kToolkitDefault)
@@ -513,6 +429,60 @@ int I18NConverter::getEffectiveBufferSize(const char *buffer, int length) const 
 
 namespace {
 
+// UTF-8 converters decode and encode through ICU's direct UTF-8 functions,
+// which skip the converter framework (callbacks, offsets, chunking). Valid
+// text converts the same either way. On ill-formed text the direct functions
+// reproduce only the substitute mode (one U+FFFD, or its three bytes, per
+// maximal ill-formed subpart, as the UTF-8 converter's substitute callback
+// writes); every other mode goes back to the converter, whose callbacks
+// decide, and so does a target that is too small. A converter whose substitution character was changed through
+// getUConverter() is not looked at: the modes are the contract.
+bool utf8Direct(UConverter *converter, int mode) {
+  return ucnv_getType(converter) == UCNV_UTF8 && mode >= I18N_UNCONVERTIBLE_ESCAPE && mode <= I18N_UNCONVERTIBLE_STOP;
+}
+
+// A target too small for the whole text is filled differently (the
+// converter writes the leading bytes or unit of a character that does not
+// fit whole, the direct functions stop before it), so overflow goes back to
+// the converter as ill-formed text does.
+bool settled(UErrorCode *status) {
+  if (*status != U_INVALID_CHAR_FOUND && *status != U_BUFFER_OVERFLOW_ERROR)
+    return true;
+  *status = U_ZERO_ERROR;
+  return false;
+}
+
+// True when the direct path settled the conversion (*units and *status hold
+// its outcome); false when the converter must run.
+bool decodeUTF8(const char *source, int length, UChar *target, int capacity, int mode, int32_t *units,
+                UErrorCode *status) {
+  *status = U_ZERO_ERROR;
+  if (mode == I18N_UNCONVERTIBLE_SUBSTITUTE)
+    u_strFromUTF8WithSub(target, capacity, units, length == 0 ? "" : source, length, 0xFFFD, nullptr, status);
+  else
+    u_strFromUTF8(target, capacity, units, length == 0 ? "" : source, length, status);
+  return settled(status);
+}
+
+bool encodeUTF8(const UChar *source, int units, char *target, int capacity, int mode, int32_t *bytes,
+                UErrorCode *status) {
+  *status = U_ZERO_ERROR;
+  if (mode == I18N_UNCONVERTIBLE_SUBSTITUTE)
+    u_strToUTF8WithSub(target, capacity, bytes, source, units, 0xFFFD, nullptr, status);
+  else
+    u_strToUTF8(target, capacity, bytes, source, units, status);
+  return settled(status);
+}
+
+// A whole buffer of `length` bytes (already effective) to UTF-16.
+int32_t toUChars(UConverter *converter, int mode, const char *source, int length, UChar *target, int capacity,
+                 UErrorCode *status) {
+  int32_t units = 0;
+  if (utf8Direct(converter, mode) && decodeUTF8(source, length, target, capacity, mode, &units, status))
+    return units;
+  return ucnv_toUChars(converter, target, capacity, length == 0 ? "" : source, length, status);
+}
+
 int unicodeUnits(const unsigned short *source, int sourceBytes) {
   if (source == nullptr)
     return 0;
@@ -532,8 +502,8 @@ int I18NConverter::toUnicode(const char *source, int sourceLength, unsigned shor
     return 0;
   }
   UErrorCode status = U_ZERO_ERROR;
-  int32_t units = ucnv_toUChars(m_pConverter, reinterpret_cast<UChar *>(target), targetBytes / 2,
-                                length == 0 ? "" : source, length, &status);
+  int32_t units =
+      toUChars(m_pConverter, m_inputMode, source, length, reinterpret_cast<UChar *>(target), targetBytes / 2, &status);
   setError(error, conversionStatus(status));
   return units * 2;
 }
@@ -547,9 +517,12 @@ int I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, ch
     return 0;
   }
   static const UChar kEmpty[1] = {0};
+  const UChar *text = units == 0 ? kEmpty : reinterpret_cast<const UChar *>(source);
   UErrorCode status = U_ZERO_ERROR;
-  int32_t bytes = ucnv_fromUChars(m_pConverter, target, targetBytes,
-                                  units == 0 ? kEmpty : reinterpret_cast<const UChar *>(source), units, &status);
+  int32_t bytes;
+  if (!utf8Direct(m_pConverter, m_outputMode) ||
+      !encodeUTF8(text, units, target, targetBytes, m_outputMode, &bytes, &status))
+    bytes = ucnv_fromUChars(m_pConverter, target, targetBytes, text, units, &status);
   I18NErrorCodes code = conversionStatus(status);
   // ucnv_fromUChars terminates with one NUL byte; a wider NUL needs room of
   // its own and is written here.
@@ -586,8 +559,8 @@ unsigned short *I18NConverter::toUnicode(const char *source, int sourceLength, i
   for (int attempt = 0; attempt < 2; ++attempt) {
     char *block = allocateResult(allocator, context, static_cast<int>(guess * 2));
     UErrorCode status = U_ZERO_ERROR;
-    int32_t units = ucnv_toUChars(m_pConverter, reinterpret_cast<UChar *>(block), static_cast<int32_t>(guess),
-                                  length == 0 ? "" : source, length, &status);
+    int32_t units = toUChars(m_pConverter, m_inputMode, source, length, reinterpret_cast<UChar *>(block),
+                             static_cast<int32_t>(guess), &status);
     I18NErrorCodes code = conversionStatus(status);
     if (code == I18N_SUCCESS) {
       if (targetBytes != nullptr)
@@ -740,310 +713,6 @@ bool I18NConverter::shouldUseBOM(const char *encoding) {
   if (icuFailed(status) || alias == nullptr)
     return false;
   return std::strncmp(alias, "UTF-1", 5) == 0 || std::strncmp(alias, "UTF-3", 5) == 0;
-}
-
-// ---- Pools ----------------------------------------------------------------------
-
-std::atomic<int> I18NConverterPools::initCount{0};
-I18NConverter *I18NConverterPools::prototypes[i18n_detail::PoolCount] = {nullptr, nullptr, nullptr};
-I18NConverter *I18NConverterPools::pools[i18n_detail::PoolCount] = {nullptr, nullptr, nullptr};
-
-XYLThreadCriticalSection &I18NConverterPools::startLock() {
-  // Never destroyed: threads that outlive static destruction may still
-  // return converters.
-  static XYLThreadCriticalSection *lock = new XYLThreadCriticalSection(0);
-  return *lock;
-}
-
-const char *i18n_detail::poolEncodingName(PoolKind kind) {
-  switch (kind) {
-  case PoolUTF8:
-    return kToolkitDefault;
-  case PoolUTF16:
-    return kUTF16Platform;
-  default:
-    return I18NGetPlatformDefaultEncoding();
-  }
-}
-
-I18NConverter *I18NConverterPools::cloneOf(const I18NConverter &prototype) {
-  I18NConverter *converter = new (std::nothrow) I18NConverter();
-  if (converter == nullptr)
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-  try {
-    converter->create(prototype);
-  } catch (...) {
-    delete converter;
-    throw;
-  }
-  return converter;
-}
-
-namespace {
-
-bool needsReset(UConverter *converter) {
-  UErrorCode status = U_ZERO_ERROR;
-  const int32_t toU = ucnv_toUCountPending(converter, &status);
-  const int32_t fromU = ucnv_fromUCountPending(converter, &status);
-  return U_FAILURE(status) || toU != 0 || fromU != 0;
-}
-
-} // namespace
-
-// Whether a converter of this type keeps no state beyond pending units
-// (then a reset is needed only when units are pending).
-bool i18n_detail::isStatelessType(UConverter *converter) {
-  switch (ucnv_getType(converter)) {
-  case UCNV_UTF8:
-  case UCNV_UTF16_BigEndian:
-  case UCNV_UTF16_LittleEndian:
-  case UCNV_UTF32_BigEndian:
-  case UCNV_UTF32_LittleEndian:
-  case UCNV_SBCS:
-  case UCNV_DBCS:
-  case UCNV_MBCS:
-  case UCNV_LATIN_1:
-  case UCNV_US_ASCII:
-  case UCNV_CESU8:
-    return true;
-  default:
-    return false; // may keep a shift state or a byte-order decision
-  }
-}
-
-// ---- Per-thread front slots ----------------------------------------------------------
-//
-// Each pool is a shared last-in-first-out stack under the start-up lock,
-// fronted by one slot per thread: a thread's most recently returned
-// converter waits in its slot and is the next one that thread takes, so the
-// common take-use-return cycle touches no lock (two atomic exchanges instead
-// of two lock round trips, which cost more than ucnv_open + ucnv_close).
-// Order stays last-in-first-out per thread: a return into a full slot moves
-// the older converter to the shared stack. The slots of every thread are
-// linked in a registry (under the start-up lock) so that the last
-// I18NTerminate can empty them; a thread that exits empties its own.
-
-namespace {
-
-// Zero-initialised and trivially destructible, so that reaching it costs no
-// call; a thread that registers its slots also creates a SlotsCleanup,
-// whose destructor empties and unregisters them when the thread exits.
-struct ThreadSlots {
-  std::atomic<I18NConverter *> slot[i18n_detail::PoolCount];
-  ThreadSlots *prev;
-  ThreadSlots *next;
-  bool registered;
-};
-
-ThreadSlots *gRegistry = nullptr; // guarded by the start-up lock
-
-__attribute__((tls_model("initial-exec"))) thread_local ThreadSlots tThreadSlots;
-
-void releaseSlots(ThreadSlots &slots) {
-  for (auto &s : slots.slot)
-    delete s.exchange(nullptr, std::memory_order_acq_rel);
-}
-
-struct SlotsCleanup {
-  ~SlotsCleanup() {
-    ThreadSlots &slots = tThreadSlots;
-    XYLThreadGuard guard(I18NConverterPools::startLock());
-    if (!slots.registered)
-      return;
-    if (slots.prev != nullptr)
-      slots.prev->next = slots.next;
-    else
-      gRegistry = slots.next;
-    if (slots.next != nullptr)
-      slots.next->prev = slots.prev;
-    slots.registered = false;
-    releaseSlots(slots);
-  }
-};
-
-thread_local SlotsCleanup tSlotsCleanup;
-
-// Caller holds the start-up lock.
-void registerSlots(ThreadSlots &slots) {
-  static_cast<void>(&tSlotsCleanup); // creates this thread's cleanup
-  slots.registered = true;
-  slots.prev = nullptr;
-  slots.next = gRegistry;
-  if (gRegistry != nullptr)
-    gRegistry->prev = &slots;
-  gRegistry = &slots;
-}
-
-} // namespace
-
-I18NConverter *I18NConverterPools::take(i18n_detail::PoolKind kind) {
-  if (initCount.load(std::memory_order_acquire) > 0) {
-    // Only this thread and the last I18NTerminate touch the slot, and the
-    // latter only while the layer is in use nowhere (the documented rule).
-    std::atomic<I18NConverter *> &slot = tThreadSlots.slot[kind];
-    I18NConverter *converter = slot.load(std::memory_order_relaxed);
-    if (converter != nullptr) {
-      slot.store(nullptr, std::memory_order_relaxed);
-      return converter;
-    }
-    XYLThreadGuard guard(startLock());
-    if (initCount.load(std::memory_order_relaxed) > 0 && prototypes[kind] != nullptr) {
-      converter = pools[kind];
-      if (converter != nullptr) {
-        pools[kind] = converter->m_pNextInPool;
-        converter->m_pNextInPool = nullptr;
-        return converter;
-      }
-      return cloneOf(*prototypes[kind]);
-    }
-  }
-  I18NConverter *converter = new (std::nothrow) I18NConverter();
-  if (converter == nullptr)
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-  try {
-    converter->create(i18n_detail::poolEncodingName(kind));
-  } catch (...) {
-    delete converter;
-    throw;
-  }
-  return converter;
-}
-
-void I18NConverterPools::give(i18n_detail::PoolKind kind, I18NConverter *converter) {
-  if (converter == nullptr)
-    return;
-  // A borrower may have changed the modes or left a half-read sequence; the
-  // next borrower gets a converter as fresh as a clone of the prototype.
-  // ucnv_reset is a noticeable part of a take and return, so it is skipped
-  // when nothing is pending in a converter that keeps no shift state.
-  if (!converter->m_stateless || needsReset(converter->m_pConverter))
-    ucnv_reset(converter->m_pConverter);
-  if (converter->m_inputMode != I18N_UNCONVERTIBLE_REPLACE || converter->m_userInputCallback != nullptr) {
-    converter->m_userInputCallback = nullptr;
-    converter->setBuiltInUnconvertibleInputSequenceCallback(I18N_UNCONVERTIBLE_REPLACE);
-  }
-  if (converter->m_outputMode != I18N_UNCONVERTIBLE_REPLACE || converter->m_userOutputCallback != nullptr) {
-    converter->m_userOutputCallback = nullptr;
-    converter->setBuiltInUnconvertibleOutputSequenceCallback(I18N_UNCONVERTIBLE_REPLACE);
-  }
-  if (initCount.load(std::memory_order_acquire) > 0) {
-    ThreadSlots &slots = tThreadSlots;
-    if (slots.registered) {
-      std::atomic<I18NConverter *> &slot = slots.slot[kind];
-      I18NConverter *older = slot.load(std::memory_order_relaxed);
-      slot.store(converter, std::memory_order_relaxed);
-      if (older == nullptr)
-        return; // the slot was free
-      // The slot now holds the newer converter; the older one goes below it.
-      converter = older;
-    }
-    XYLThreadGuard guard(startLock());
-    if (initCount.load(std::memory_order_relaxed) > 0) {
-      if (!slots.registered) {
-        registerSlots(slots);
-        converter = slots.slot[kind].exchange(converter, std::memory_order_acq_rel);
-        if (converter == nullptr)
-          return;
-      }
-      converter->m_pNextInPool = pools[kind];
-      pools[kind] = converter;
-      return;
-    }
-  }
-  delete converter;
-}
-
-int I18NConverterPools::createPrototypes() {
-  for (int kind = 0; kind < i18n_detail::PoolCount; ++kind) {
-    if (prototypes[kind] != nullptr)
-      continue;
-    I18NConverter *prototype = new (std::nothrow) I18NConverter();
-    if (prototype == nullptr)
-      XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-    try {
-      prototype->create(i18n_detail::poolEncodingName(static_cast<i18n_detail::PoolKind>(kind)));
-    } catch (XYLOutOfMemoryError &) {
-      delete prototype;
-      throw;
-    } catch (XYLThrowable &) {
-      delete prototype;
-      return 0;
-    }
-    prototypes[kind] = prototype;
-  }
-  return 1;
-}
-
-void I18NConverterPools::releaseAll() {
-  for (int kind = 0; kind < i18n_detail::PoolCount; ++kind) {
-    delete prototypes[kind];
-    prototypes[kind] = nullptr;
-  }
-  for (ThreadSlots *slots = gRegistry; slots != nullptr; slots = slots->next)
-    releaseSlots(*slots);
-  for (int kind = 0; kind < i18n_detail::PoolCount; ++kind) {
-    I18NConverter *converter = pools[kind];
-    while (converter != nullptr) {
-      I18NConverter *next = converter->m_pNextInPool;
-      delete converter;
-      converter = next;
-    }
-    pools[kind] = nullptr;
-  }
-}
-
-I18NConverterUTF8::I18NConverterUTF8() : m_pConverter(I18NConverterPools::take(i18n_detail::PoolUTF8)) {}
-I18NConverterUTF8::~I18NConverterUTF8() { I18NConverterPools::give(i18n_detail::PoolUTF8, m_pConverter); }
-I18NConverterUTF16::I18NConverterUTF16() : m_pConverter(I18NConverterPools::take(i18n_detail::PoolUTF16)) {}
-I18NConverterUTF16::~I18NConverterUTF16() { I18NConverterPools::give(i18n_detail::PoolUTF16, m_pConverter); }
-I18NConverterPlatformDefault::I18NConverterPlatformDefault()
-    : m_pConverter(I18NConverterPools::take(i18n_detail::PoolPlatformDefault)) {}
-I18NConverterPlatformDefault::~I18NConverterPlatformDefault() {
-  I18NConverterPools::give(i18n_detail::PoolPlatformDefault, m_pConverter);
-}
-
-// ---- Default encodings ------------------------------------------------------------
-
-const char *I18NGetToolkitDefaultEncoding() { return kToolkitDefault; }
-
-const char *I18NGetPlatformDefaultEncoding() {
-  char *name = gPlatformDefault.load(std::memory_order_acquire);
-  if (name != nullptr)
-    return name;
-  // The locale's code set as the OS spells it ("ISO-8859-1",
-  // "ANSI_X3.4-1968"), turned into ICU's own name for that converter.
-  char codeSet[128];
-  i18n_os::getLocaleCodeSet(codeSet, sizeof codeSet);
-  const char *chosen = kToolkitDefault;
-  if (codeSet[0] != '\0') {
-    UErrorCode status = U_ZERO_ERROR;
-    const char *alias = ucnv_getAlias(codeSet, 0, &status);
-    if (!icuFailed(status) && alias != nullptr && *alias != '\0')
-      chosen = alias;
-  }
-  char *copy = XYLUtMemory::strdup(chosen);
-  if (copy == nullptr)
-    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
-  char *expected = nullptr;
-  if (!gPlatformDefault.compare_exchange_strong(expected, copy, std::memory_order_acq_rel)) {
-    XYLUtMemory::free(copy); // another thread was first
-    return expected;
-  }
-  return copy;
-}
-
-void I18NConverterPools::releasePlatformDefaultName() {
-  char *name = gPlatformDefault.exchange(nullptr, std::memory_order_acq_rel);
-  XYLUtMemory::free(name);
-}
-
-const char *I18NGetNormalizedPlatformDefaultEncoding() {
-  const char *name = I18NGetPlatformDefaultEncoding();
-  UErrorCode status = U_ZERO_ERROR;
-  const char *standard = ucnv_getStandardName(name, "IANA", &status);
-  if (icuFailed(status) || standard == nullptr)
-    return name;
-  return standard;
 }
 
 int I18NConverterTestPeer::getEffectiveBufferSize(const I18NConverter &converter, const char *buffer, int length) {

@@ -6,9 +6,29 @@
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
 
+#include <unicode/ucnv_err.h>
+
 #include <atomic>
 
 namespace i18n_detail {
+
+// Encoding names the converters open by; the toolkit default is shared by
+// every converter of that name (compared by address when freeing names).
+inline constexpr char kToolkitDefault[] = "UTF8";
+inline constexpr char kUTF16Platform[] = "UTF16_PlatformEndian";
+inline constexpr char kUTF32Platform[] = "UTF32_PlatformEndian";
+
+// The library's ICU callbacks for modes 1 (resources) and 3 (user); their
+// context is the converter's ConverterCallbackContext.
+void UCNV_TO_U_CALLBACK_RESOURCES(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits,
+                                  int32_t length, UConverterCallbackReason reason, UErrorCode *err);
+void UCNV_TO_U_CALLBACK_USER(const void *context, UConverterToUnicodeArgs *args, const char *codeUnits, int32_t length,
+                             UConverterCallbackReason reason, UErrorCode *err);
+void UCNV_FROM_U_CALLBACK_RESOURCES(const void *context, UConverterFromUnicodeArgs *args, const UChar *codeUnits,
+                                    int32_t length, UChar32 codePoint, UConverterCallbackReason reason,
+                                    UErrorCode *err);
+void UCNV_FROM_U_CALLBACK_USER(const void *context, UConverterFromUnicodeArgs *args, const UChar *codeUnits,
+                               int32_t length, UChar32 codePoint, UConverterCallbackReason reason, UErrorCode *err);
 
 // What the library's own ICU callbacks (modes 1 and 3) need: the encoding
 // name, and the user callback of their direction while mode 3 is installed.
@@ -54,6 +74,21 @@ struct I18NConverterPools {
   static int createPrototypes();
   // Deletes the prototypes and every pooled converter (caller holds the lock).
   static void releaseAll();
+
+  // The pool of converters by encoding name: a prototype and a few idle
+  // clones per encoding, for the most recently used encodings. takeNamed
+  // fills a fresh converter (default modes) with a pooled ICU converter and
+  // returns true, or returns false when the layer is not initialised; an
+  // unknown name throws as opening it would. giveNamed takes the ICU
+  // converter back and leaves `converter` empty; it accepts converters that
+  // outlive I18NTerminate.
+  static bool takeNamed(I18NConverter &converter, const char *encoding);
+  // A new converter opened by name (the named pool's prototypes).
+  static I18NConverter *openByName(const char *encoding);
+  static void giveNamed(I18NConverter &converter);
+  // Bounds: encodings kept, idle clones kept per encoding.
+  static constexpr int kNamedEncodings = 8;
+  static constexpr int kNamedIdle = 8;
   // Forgets the cached platform default encoding name (termination).
   static void releasePlatformDefaultName();
 };
@@ -69,6 +104,9 @@ namespace i18n_detail {
 bool registerSharedObject(int which, const char *key, void *object, void (*destroy)(void *));
 // The object registered under `key`, or null.
 void *findSharedObject(int which, const char *key);
+
+// Counts a converter cloned (I18NConverter::getCloneCount).
+void countClone();
 
 // Raises XYLOutOfMemoryError from the converter's source file.
 [[noreturn]] void raiseConverterOutOfMemory();

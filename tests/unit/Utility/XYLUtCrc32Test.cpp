@@ -33,14 +33,14 @@ TEST(XYLUtCrc32Test, KnownValuesAndNullBuffer) {
 // and large buffers, at every alignment, from arbitrary starting values; the
 // high half of a 64-bit crc is ignored and results stay 32-bit, as with zlib.
 TEST(XYLUtCrc32Test, MatchesZlib) {
-  xyltest::Bytes data = xyltest::randomBytes((1 << 20) + 8, 42);
+  xyltest::Bytes data = xyltest::randomBytes((1 << 20) + 16, 42);
   std::mt19937_64 generator(9);
   std::vector<unsigned int> lengths;
   for (unsigned int len = 0; len <= 300; ++len)
     lengths.push_back(len);
   for (unsigned int len : {4097u, 65539u, 1u << 20})
     lengths.push_back(len);
-  for (std::size_t offset = 0; offset < 8; ++offset) {
+  for (std::size_t offset = 0; offset < 16; ++offset) {
     for (unsigned int len : lengths) {
       unsigned long start = offset == 0 ? 0 : offset == 1 ? 0xFFFFFFFFUL : generator();
       unsigned long ours = XYLUtCrc32::crc32(start, data.data() + offset, len);

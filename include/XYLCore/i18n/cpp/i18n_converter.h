@@ -5,12 +5,16 @@
  * I18NConverter wraps one ICU converter. It is opened by encoding name (a
  * null or empty name means the toolkit default "UTF8"); "UTF-16" and
  * "UTF-32" without a stated byte order mean the machine's own order and no
- * byte order mark. Once the layer is initialised (I18NInitialize), UTF-8,
- * UTF-16 and the platform default encoding are cloned from prototypes
- * instead of being opened, and I18NConverterUTF8, I18NConverterUTF16 and
- * I18NConverterPlatformDefault lend ready converters from last-in-first-out
- * pools, so a conversion in the steady state allocates nothing for its
- * converter.
+ * byte order mark. Once the layer is initialised (I18NInitialize), a
+ * converter made by name takes a ready ICU converter from a pool kept per
+ * encoding (a prototype and a few idle clones for each of the most recently
+ * used encodings; aliases share one) and its destructor gives it back with
+ * the default modes, so making and destroying one per request opens nothing
+ * and allocates nothing in the steady state. I18NConverterUTF8,
+ * I18NConverterUTF16 and I18NConverterPlatformDefault lend ready converters
+ * from last-in-first-out pools of their own. UTF-8 converters decode and
+ * encode through ICU's direct UTF-8 functions where the mode allows it,
+ * with results identical to the general path.
  *
  * Unconvertible sequences. Each direction (input: bytes to Unicode; output:
  * Unicode to bytes) has a mode:
@@ -41,8 +45,9 @@
  * Thread safety: an I18NConverter holds conversion state and belongs to one
  * thread at a time. The pools and the name tests may be used from any
  * thread. The prototypes and pools live from I18NInitialize to the last
- * I18NTerminate; pooled converters must be returned (their helper
- * destroyed) before that.
+ * I18NTerminate; converters lent by the helpers must be returned (their
+ * helper destroyed) before that. A converter made by name may outlive
+ * I18NTerminate (its ICU converter is closed when it is destroyed).
  * Throws: I18NRuntimeError -3 "The specified encoding is not valid: \"name\"."
  * (at most 60 bytes of the name) for an unknown encoding; I18NRuntimeError -7
  * when ICU fails to measure a clone or install a callback; I18NRuntimeError
@@ -222,8 +227,8 @@ private:
   I18N_UNCONVERTIBLE_OUTPUT_SEQUENCE_CALLBACK m_userOutputCallback;
   bool m_ownsClone;
   I18NConverter *m_pNextInPool; // link while the converter lies in a pool
-  void *m_reserved;
-  bool m_stateless; // no state beyond pending units (cheap pool return)
+  void *m_reserved;             // the pool-by-name item lent to this converter, if any
+  bool m_stateless;             // no state beyond pending units (cheap pool return)
   int m_maxCharSize;
   int m_minCharSize;
   UConverter *m_pConverter;

@@ -65,6 +65,49 @@ TEST_P(I18NPoolThreadsTest, BorrowConvertReturnFromManyThreads) {
   EXPECT_LE(I18NConverter::getCloneCount() - clonesBefore, static_cast<long>(threads * 3 + 3));
 }
 
+// More encodings than the named pool keeps, so that encodings leave it while
+// other threads still hold converters of theirs.
+TEST_P(I18NPoolThreadsTest, NamedConvertersFromManyThreadsWhileEncodingsLeave) {
+  const int threads = GetParam();
+  const struct {
+    const char *name;
+    char byte;
+    unsigned short unit;
+  } encodings[] = {{"ISO-8859-2", '\xA1', 0x104},    {"ISO-8859-5", '\xB0', 0x410},   {"ISO-8859-7", '\xC1', 0x391},
+                   {"KOI8-R", '\xE1', 0x410},        {"windows-1250", '\x8A', 0x160}, {"windows-1251", '\xC0', 0x410},
+                   {"windows-1252", '\x80', 0x20AC}, {"windows-1253", '\xC1', 0x391}, {"windows-1254", '\xD0', 0x11E},
+                   {"windows-1257", '\xC0', 0x104},  {"cp1252", '\x80', 0x20AC}};
+  const int count = static_cast<int>(sizeof encodings / sizeof encodings[0]);
+  xyltest::Latch start(threads);
+  std::atomic<int> failures{0};
+  std::vector<std::thread> workers;
+  for (int t = 0; t < threads; ++t) {
+    workers.emplace_back([&, t] {
+      start.countDown();
+      start.wait();
+      for (int i = 0; i < 300; ++i) {
+        const auto &held = encodings[(i + t) % count];
+        I18NConverter outer(held.name);
+        const auto &e = encodings[(i * 7 + t * 3) % count];
+        I18NConverter inner(e.name);
+        for (const auto *c : {&held, &e}) {
+          I18NConverter &converter = c == &held ? outer : inner;
+          unsigned short unit[2];
+          I18NErrorCodes error;
+          if (converter.toUnicode(&c->byte, 1, unit, sizeof unit, &error) != 2 || unit[0] != c->unit ||
+              std::string(c->name) != converter.getEncoding())
+            failures.fetch_add(1);
+        }
+        if (i % 5 == 0)
+          inner.setBuiltInUnconvertibleInputSequenceCallback(I18N_UNCONVERTIBLE_STOP);
+      }
+    });
+  }
+  for (std::thread &w : workers)
+    w.join();
+  EXPECT_EQ(0, failures.load());
+}
+
 TEST_P(I18NPoolThreadsTest, SameLocalesFromManyThreadsShareEntries) {
   const int threads = GetParam();
   const char *names[] = {"fr-fr", "de-de", "ja-jp", "zh-hant-tw", "en-gb"};

@@ -2,6 +2,7 @@
 // size arithmetic, conversions in every form, the unconvertible-sequence
 // modes in both directions, cloning and the pools.
 #include "I18NTestSupport.h"
+#include "i18n/cpp/i18n_internal.h"
 #include "i18n/cpp/i18n_testpeer.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
@@ -626,7 +627,8 @@ TEST(I18NConverterTest, CopiesKeepModesAndCallbacksAndAreIndependent) {
   I18NErrorCodes error = I18N_GENERAL_FAILURE;
   toUnicode(original, "\xFF", &error);
   EXPECT_EQ(I18N_SUCCESS, error);
-  assigned = assigned; // self-assignment keeps the converter usable
+  I18NConverter &self = assigned;
+  assigned = self; // self-assignment keeps the converter usable
   EXPECT_EQ(u"\u3042", toUnicode(assigned, "\x82\xA0", &error));
 }
 
@@ -709,21 +711,97 @@ TEST_F(I18NConverterPoolTest, AReturnedConverterIsResetToTheDefaultModes) {
   EXPECT_EQ(I18N_SUCCESS, error);
 }
 
-TEST_F(I18NConverterPoolTest, NamedUTF8AndUTF16AreClonedFromPrototypes) {
-  struct Case {
-    const char *name;
-  } cases[] = {{"utf-8"}, {"ASCII"}, {"ucs-2"}, {"UTF16_PlatformEndian"}};
-  for (const Case &c : cases) {
+// Converters made by name come from a pool per encoding: after the first,
+// an encoding (under any of its names) costs neither an open nor a clone, and
+// each converter keeps the name it was asked by.
+TEST_F(I18NConverterPoolTest, NamedConvertersOfAnyEncodingAreRecycled) {
+  const char *const names[] = {"utf-8", "ASCII", "ucs-2", "UTF16_PlatformEndian", "windows-1252", "cp1252",
+                               "Shift_JIS", "UTF8"};
+  for (const char *name : names) {
+    { I18NConverter first(name); } // may open the encoding and clone
     const long opens = I18NConverter::getOpenCount();
     const long clones = I18NConverter::getCloneCount();
-    I18NConverter converter(c.name);
-    EXPECT_EQ(opens, I18NConverter::getOpenCount()) << c.name;
-    EXPECT_EQ(clones + 1, I18NConverter::getCloneCount()) << c.name;
-    EXPECT_STREQ(c.name, converter.getEncoding());
+    for (int i = 0; i < 3; ++i) {
+      I18NConverter converter(name);
+      EXPECT_STREQ(name, converter.getEncoding());
+    }
+    EXPECT_EQ(opens, I18NConverter::getOpenCount()) << name;
+    EXPECT_EQ(clones, I18NConverter::getCloneCount()) << name;
   }
   const long opens = I18NConverter::getOpenCount();
-  I18NConverter other("windows-1252");
+  I18NConverter alias("cp1252"), other("windows-1252"), sjis("Shift_JIS");
+  EXPECT_EQ(opens, I18NConverter::getOpenCount()); // aliases share one prototype
+  EXPECT_NE(alias.getUConverter(), other.getUConverter());
+  EXPECT_THROW(I18NConverter("no-such-encoding"), I18NRuntimeError);
+  // A name or prototype that cannot be kept leaves the pool as it was.
+  for (long step : {1L, 2L}) {
+    xyltest::AllocationFailure failure(step);
+    EXPECT_THROW(I18NConverter("latin1"), XYLOutOfMemoryError) << step;
+  }
+  I18NConverter latin1("latin1");
+  EXPECT_STREQ("latin1", latin1.getEncoding());
+}
+
+// A pooled converter comes back with the default modes whatever its borrower
+// did, converts correctly after any number of round trips, and copies of it
+// and assignments to it are independent converters.
+TEST_F(I18NConverterPoolTest, NamedConvertersComeBackFreshAndCopyIndependently) {
+  UConverter *lent;
+  {
+    I18NConverter borrowed("windows-1252");
+    lent = borrowed.getUConverter();
+    borrowed.setUserDefinedUnconvertibleOutputSequenceCallback(questionForCodePoint);
+    borrowed.setBuiltInUnconvertibleOutputSequenceCallback(I18N_UNCONVERTIBLE_USER_DEFINED);
+    borrowed.setBuiltInUnconvertibleInputSequenceCallback(I18N_UNCONVERTIBLE_ESCAPE);
+    I18NErrorCodes error;
+    EXPECT_EQ("<?>", toBytes(borrowed, u"\u4e00", &error));
+  }
+  I18NConverter next("windows-1252");
+  ASSERT_EQ(lent, next.getUConverter());
+  EXPECT_EQ(I18N_UNCONVERTIBLE_REPLACE, next.getBuiltInUnconvertibleInputSequenceCallback());
+  EXPECT_EQ(I18N_UNCONVERTIBLE_REPLACE, next.getBuiltInUnconvertibleOutputSequenceCallback());
+  EXPECT_EQ(nullptr, next.getUserDefinedUnconvertibleOutputSequenceCallback());
+  I18NErrorCodes error = I18N_SUCCESS;
+  EXPECT_EQ(u"\u20ac", toUnicode(next, "\x80", &error));
+  toBytes(next, u"\u4e00", &error);
+  EXPECT_EQ(I18N_GENERAL_FAILURE, error); // mode 1 with nothing configured stops
+
+  I18NConverter copy(next);
+  I18NConverter assigned("Shift_JIS");
+  assigned = next;
+  for (I18NConverter *c : {&copy, &assigned}) {
+    EXPECT_NE(lent, c->getUConverter());
+    EXPECT_STREQ("windows-1252", c->getEncoding());
+    EXPECT_EQ(u"\u20ac", toUnicode(*c, "\x80", &error));
+  }
+  next = assigned; // a pooled converter replaced by a copy gives its own back
+  EXPECT_NE(lent, next.getUConverter());
+  I18NConverter again("windows-1252");
+  EXPECT_EQ(lent, again.getUConverter());
+}
+
+// The least recently used encoding leaves the pool when one more is needed;
+// a converter lent out by an encoding that left, or outliving the layer,
+// is simply closed when destroyed.
+TEST_F(I18NConverterPoolTest, LeastRecentlyUsedEncodingLeavesAndLentConvertersSurviveIt) {
+  const char *const names[] = {"ISO-8859-2", "ISO-8859-3", "ISO-8859-4", "ISO-8859-5", "ISO-8859-6",
+                               "ISO-8859-7", "ISO-8859-8", "ISO-8859-9", "ISO-8859-10"};
+  static_assert(sizeof names / sizeof names[0] > I18NConverterPools::kNamedEncodings, "one more than the pool keeps");
+  I18NConverter *lentByFirst = new I18NConverter(names[0]);
+  for (const char *name : names)
+    I18NConverter converter(name);
+  long opens = I18NConverter::getOpenCount();
+  { I18NConverter recent(names[8]); }
+  EXPECT_EQ(opens, I18NConverter::getOpenCount());
+  { I18NConverter evicted(names[0]); }
   EXPECT_EQ(opens + 1, I18NConverter::getOpenCount());
+  delete lentByFirst;
+
+  I18NConverter outliving("KOI8-R");
+  I18NTerminate();
+  I18NErrorCodes error;
+  EXPECT_EQ(u"\u0410", toUnicode(outliving, "\xE1", &error));
+  ASSERT_NE(0, I18NInitialize()); // for TearDown
 }
 
 TEST(I18NConverterPoolUninitialisedTest, HelpersOpenTheirOwnConverterBeforeInitialisation) {
