@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <new>
 
 namespace {
@@ -183,19 +184,18 @@ void XYLThrowable::transferBackTrace(XYLThrowable &other) {
     m_backTrace.splice_back(other.m_backTrace);
 }
 
+namespace {
+constexpr std::size_t literalLength(const char *text) { return std::char_traits<char>::length(text); }
+} // namespace
+
 const char *XYLThrowable::toString() {
   typedef RenderingLiterals L;
-  static std::size_t fixedLength = 0;
-  static std::size_t messageLength = 0;
-  static std::size_t traceFrameLength = 0;
-  static std::size_t traceLineLength = 0;
-  if (fixedLength == 0) {
-    messageLength = std::strlen(L::messages) + std::strlen(L::messagesEnd);
-    traceFrameLength = std::strlen(L::trace) + std::strlen(L::traceEnd);
-    traceLineLength = std::strlen(L::traceLine) + std::strlen(L::traceLineEnd);
-    fixedLength = std::strlen(L::open) + std::strlen(L::error) + std::strlen(L::severity) + std::strlen(L::openEnd) +
-                  std::strlen(L::close);
-  }
+  // Known at compile time, so that threads rendering at once share no state.
+  constexpr std::size_t messageLength = literalLength(L::messages) + literalLength(L::messagesEnd);
+  constexpr std::size_t traceFrameLength = literalLength(L::trace) + literalLength(L::traceEnd);
+  constexpr std::size_t traceLineLength = literalLength(L::traceLine) + literalLength(L::traceLineEnd);
+  constexpr std::size_t fixedLength = literalLength(L::open) + literalLength(L::error) + literalLength(L::severity) +
+                                      literalLength(L::openEnd) + literalLength(L::close);
 
   const char *name = getThrowableName();
   const char *code = getErrorCodeString();

@@ -26,7 +26,8 @@ void XYLThreadPool::runTask(XYLThreadRunnable *task) {
   } catch (abi::__forced_unwind &) {
     throw; // the thread itself is ending
   } catch (XYLThrowable &error) {
-    reportTaskFailure(task, error.toString());
+    const char *xml = error.toString(); // null when no memory was left for it
+    reportTaskFailure(task, xml != nullptr ? xml : error.getThrowableName());
   } catch (std::exception &error) {
     reportTaskFailure(task, error.what());
   } catch (...) {
