@@ -1306,6 +1306,8 @@ private:
 
 unsigned int readersOf(unsigned int state) { return state / kRWLockReader; }
 
+constexpr int kRWLockSpins = 100;
+
 // Uncontended entries and exits: one compare-and-swap each. A reader enters
 // while no writer holds or waits; a writer enters a free lock that nobody
 // waits for; either leaves by the fast path while nobody waits. Anything
@@ -1320,9 +1322,30 @@ bool rwFastReadLock(QorRWLockRec_ *rw) {
   return false;
 }
 
+// A free lock is taken even while others wait for it: they were woken by
+// the unlock that freed it and test again. Writers among themselves are not
+// queued in order; a writer that just left may take the lock again at once,
+// which keeps a short write section from turning into a sleep and a wake-up
+// per pass.
 bool rwFastWriteLock(QorRWLockRec_ *rw) {
-  unsigned int state = 0;
-  return rw->state.compare_exchange_strong(state, kRWLockWriter, std::memory_order_acquire, std::memory_order_relaxed);
+  unsigned int state = rw->state.load(std::memory_order_relaxed);
+  while ((state & kRWLockWriter) == 0 && readersOf(state) == 0) {
+    if (rw->state.compare_exchange_weak(state, state | kRWLockWriter, std::memory_order_acquire,
+                                        std::memory_order_relaxed))
+      return true;
+  }
+  return false;
+}
+
+// A writer that finds the lock taken looks again for a moment before it
+// queues: write sections are short, and sleeping costs two system calls.
+bool rwSpinWriteLock(QorRWLockRec_ *rw) {
+  for (int spin = 0; spin < kRWLockSpins; ++spin) {
+    qor_os::cpuRelax();
+    if (rwFastWriteLock(rw))
+      return true;
+  }
+  return false;
 }
 
 bool rwFastUnlock(QorRWLockRec_ *rw) {
@@ -1344,19 +1367,6 @@ void rwUpdateSlowFlag(QorRWLockRec_ *rw) {
     rw->state.fetch_and(~kRWLockSlow, std::memory_order_acq_rel);
 }
 
-// Under the guard: takes the write lock when no reader or writer holds it.
-// The check and the take are one compare-and-swap, so no reader can enter in
-// between.
-bool rwTryTakeWrite(QorRWLockRec_ *rw) {
-  unsigned int state = rw->state.load(std::memory_order_relaxed);
-  while ((state & kRWLockWriter) == 0 && readersOf(state) == 0) {
-    if (rw->state.compare_exchange_weak(state, state | kRWLockWriter, std::memory_order_acquire,
-                                        std::memory_order_relaxed))
-      return true;
-  }
-  return false;
-}
-
 // Under the guard: whom a change of the lock lets go. A waiting writer is
 // woken once nobody holds the lock; waiting readers once no writer holds or
 // waits.
@@ -1376,8 +1386,10 @@ int rwWriteLock(QorRWLockRec_ *rw, unsigned int ms) {
   RWGuardLock guard(rw);
   ++rw->waitingWriters;
   rwUpdateSlowFlag(rw); // shuts the readers' fast path before the check
+  // The check and the take are one compare-and-swap, so no reader can enter
+  // in between.
   int rc = QORTHREAD_OK;
-  while (rc == QORTHREAD_OK && !rwTryTakeWrite(rw))
+  while (rc == QORTHREAD_OK && !rwFastWriteLock(rw))
     rc = conditionWait(rw, &rw->writers, remainingOf(ms, start));
   --rw->waitingWriters;
   rwUpdateSlowFlag(rw);
@@ -1456,7 +1468,7 @@ int qorThreadRWLockDestroy(QorRWLock_ rw) {
 int qorThreadRWLockWriteLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  if (rwFastWriteLock(rw))
+  if (rwFastWriteLock(rw) || rwSpinWriteLock(rw))
     return QORTHREAD_OK;
   return rwWriteLock(rw, QORTHREAD_INFINITE);
 }
@@ -1464,16 +1476,13 @@ int qorThreadRWLockWriteLock(QorRWLock_ rw) {
 int qorThreadRWLockTryWriteLock(QorRWLock_ rw) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  if (rwFastWriteLock(rw))
-    return QORTHREAD_OK;
-  RWGuardLock guard(rw);
-  return rwTryTakeWrite(rw) ? QORTHREAD_OK : QORTHREAD_INUSE;
+  return rwFastWriteLock(rw) ? QORTHREAD_OK : QORTHREAD_INUSE;
 }
 
 int qorThreadRWLockTimedWriteLock(QorRWLock_ rw, unsigned int milliseconds) {
   if (rw == nullptr)
     return QORTHREAD_BADPARM;
-  if (rwFastWriteLock(rw))
+  if (rwFastWriteLock(rw) || (milliseconds != 0 && rwSpinWriteLock(rw)))
     return QORTHREAD_OK;
   return rwWriteLock(rw, milliseconds);
 }

@@ -262,6 +262,7 @@ void threadWakeParkWaiters(QorThreadRec_ *rec);
 int threadGetPriority(const QorThreadRec_ *rec, int *priorityP);
 int threadSetPriority(const QorThreadRec_ *rec, int priority);
 unsigned long currentId();
+void cpuRelax(); // a hint to the processor inside a short wait loop
 unsigned long long monotonicMs();
 unsigned int currentHandle32();
 void yield();
