@@ -70,7 +70,9 @@ TEST(XYLThrowableTest, MessageIsCopiedAndNullStaysNull) {
   buffer[0] = 'X';
   EXPECT_STREQ("original", e.getMessage());
   EXPECT_EQ(nullptr, XYLRuntimeError(1, nullptr).getMessage());
-  EXPECT_EQ(nullptr, XYLException(3).getMessage());
+  // An exception renders its (empty) message set instead: never null.
+  EXPECT_STREQ("", XYLException(3).getMessage());
+  EXPECT_STREQ("", static_cast<const XYLPluginException &>(XYLPluginException(3)).getMessage());
   std::runtime_error std("from std");
   XYLStdExceptionError wrapped(std);
   EXPECT_STREQ("from std", wrapped.getMessage());
