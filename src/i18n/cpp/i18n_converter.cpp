@@ -193,7 +193,8 @@ char *allocateResult(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *conte
   if (block == nullptr || status != 0) {
     if (block != nullptr)
       allocator(context, block, 0, nullptr);
-    XYL_THROW(I18NRuntimeError(I18N_ALLOCATION_FAILURE, "Memory allocation failed."));
+    long code = status == I18N_NEGATIVE_ALLOCATION_SIZE ? I18N_NEGATIVE_ALLOCATION_SIZE : I18N_ALLOCATION_FAILURE;
+    XYL_THROW(I18NRuntimeError(code, "Memory allocation failed."));
   }
   return block;
 }

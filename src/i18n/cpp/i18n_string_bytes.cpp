@@ -48,7 +48,7 @@ char *obtain(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *context, char
     int error = 0;
     char *result = allocator(context, block, size, &error);
     if (result == nullptr || error != 0)
-      raiseAllocatorFailure();
+      raiseAllocatorFailure(error);
     return result;
   }
   char *result = static_cast<char *>(XYLUtMemory::realloc(block, static_cast<std::size_t>(size)));
