@@ -161,6 +161,12 @@ I18NErrorCodes conversionStatus(UErrorCode status) {
   return I18N_SUCCESS;
 }
 
+// The same for a caller's buffer: a result that fits exactly, without room
+// for the terminator, is complete.
+I18NErrorCodes callerBufferStatus(UErrorCode status) {
+  return conversionStatus(status == U_STRING_NOT_TERMINATED_WARNING ? U_ZERO_ERROR : status);
+}
+
 void setError(I18NErrorCodes *error, I18NErrorCodes value) {
   if (error != nullptr)
     *error = value;
@@ -535,7 +541,7 @@ int I18NConverter::toUnicode(const char *source, int sourceLength, unsigned shor
   UErrorCode status = U_ZERO_ERROR;
   int32_t units = ucnv_toUChars(m_pConverter, reinterpret_cast<UChar *>(target), targetBytes / 2,
                                 length == 0 ? "" : source, length, &status);
-  setError(error, conversionStatus(status));
+  setError(error, callerBufferStatus(status));
   return units * 2;
 }
 
@@ -551,15 +557,11 @@ int I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, ch
   UErrorCode status = U_ZERO_ERROR;
   int32_t bytes = ucnv_fromUChars(m_pConverter, target, targetBytes,
                                   units == 0 ? kEmpty : reinterpret_cast<const UChar *>(source), units, &status);
-  I18NErrorCodes code = conversionStatus(status);
-  // ucnv_fromUChars terminates with one NUL byte; a wider NUL needs room of
-  // its own and is written here.
-  if (code == I18N_SUCCESS && m_minCharSize > 1) {
-    if (bytes + m_minCharSize > targetBytes)
-      code = I18N_BUFFER_TOO_SMALL;
-    else
-      std::memset(target + bytes, 0, static_cast<std::size_t>(m_minCharSize));
-  }
+  I18NErrorCodes code = callerBufferStatus(status);
+  // ucnv_fromUChars terminates with one NUL byte; a wider NUL is written
+  // here, when there is room for it.
+  if (code == I18N_SUCCESS && m_minCharSize > 1 && bytes + m_minCharSize <= targetBytes)
+    std::memset(target + bytes, 0, static_cast<std::size_t>(m_minCharSize));
   setError(error, code);
   return bytes;
 }
@@ -627,6 +629,8 @@ char *I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, 
     char *block = allocateResult(allocator, context, static_cast<int>(guess));
     I18NErrorCodes code = I18N_SUCCESS;
     int bytes = fromUnicode(source, units * 2, block, static_cast<int>(guess), &code);
+    if (code == I18N_SUCCESS && bytes + m_minCharSize > guess)
+      code = I18N_BUFFER_TOO_SMALL; // this buffer must hold the terminator too
     if (code == I18N_SUCCESS) {
       if (targetBytes != nullptr)
         *targetBytes = bytes;

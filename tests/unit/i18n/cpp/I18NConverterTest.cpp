@@ -256,31 +256,46 @@ TEST(I18NConverterTest, EveryByteOfSingleByteCodePagesRoundTrips) {
 
 // ---- Caller buffers ------------------------------------------------------------------------
 
-TEST(I18NConverterTest, CallerBufferTooSmallReportsMinus9AndTheFullLength) {
-  I18NConverter converter("UTF-8");
-  unsigned short target[4];
-  I18NErrorCodes error = I18N_SUCCESS;
-  // 4 units need 10 bytes with the terminator.
-  EXPECT_EQ(8, converter.toUnicode("abcd", 4, target, 8, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-  EXPECT_EQ(6, converter.toUnicode("abc", 3, target, 8, &error));
-  EXPECT_EQ(I18N_SUCCESS, error);
-  EXPECT_EQ(0, target[3]);
-
-  char bytes[4];
-  const std::u16string text = u"\u00e9\u00e9";
-  EXPECT_EQ(4, converter.fromUnicode(reinterpret_cast<const unsigned short *>(text.data()), 4, bytes, 4, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-
-  // A UTF-16 target needs a two-byte terminator.
-  I18NConverter wide("utf-16");
-  char wideBytes[6];
-  EXPECT_EQ(4, wide.fromUnicode(reinterpret_cast<const unsigned short *>(u"ab"), -1, wideBytes, 5, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-  EXPECT_EQ(4, wide.fromUnicode(reinterpret_cast<const unsigned short *>(u"ab"), -1, wideBytes, 6, &error));
-  EXPECT_EQ(I18N_SUCCESS, error);
-  EXPECT_EQ(0, wideBytes[4]);
-  EXPECT_EQ(0, wideBytes[5]);
+// A result that fits exactly is a success even with no room left for the
+// terminator (which follows only when room remains); -9 only when the
+// result itself does not fit, with the length of the whole result.
+TEST(I18NConverterTest, CallerBufferFitsExactlyOrReportsMinus9AndTheFullLength) {
+  struct Case {
+    const char *encoding;
+    const char *bytes;       // toUnicode source, or null for fromUnicode
+    const char16_t *unicode; // fromUnicode source
+    int capacity;            // target bytes
+    int length;
+    I18NErrorCodes error;
+    int terminator; // NUL bytes expected after the result
+  };
+  const Case cases[] = {
+      {"UTF-8", "abc", nullptr, 8, 6, I18N_SUCCESS, 2},
+      {"UTF-8", "abcd", nullptr, 8, 8, I18N_SUCCESS, 0},
+      {"UTF-8", "abcde", nullptr, 8, 10, I18N_BUFFER_TOO_SMALL, 0},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 5, 4, I18N_SUCCESS, 1},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 4, 4, I18N_SUCCESS, 0},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 3, 4, I18N_BUFFER_TOO_SMALL, 0},
+      {"utf-16", nullptr, u"ab", 6, 4, I18N_SUCCESS, 2},
+      {"utf-16", nullptr, u"ab", 4, 4, I18N_SUCCESS, 0},
+      {"utf-16", nullptr, u"ab", 3, 4, I18N_BUFFER_TOO_SMALL, 0},
+  };
+  for (const Case &c : cases) {
+    I18NConverter converter(c.encoding);
+    char target[16];
+    std::memset(target, '#', sizeof target);
+    I18NErrorCodes error = I18N_GENERAL_FAILURE;
+    int length = c.bytes != nullptr
+                     ? converter.toUnicode(c.bytes, -1, reinterpret_cast<unsigned short *>(target), c.capacity, &error)
+                     : converter.fromUnicode(reinterpret_cast<const unsigned short *>(c.unicode), -1, target,
+                                             c.capacity, &error);
+    const std::string what = std::string(c.encoding) + " capacity " + std::to_string(c.capacity);
+    EXPECT_EQ(c.length, length) << what;
+    EXPECT_EQ(c.error, error) << what;
+    for (int k = 0; k < c.terminator; ++k)
+      EXPECT_EQ(0, target[c.length + k]) << what;
+    EXPECT_EQ('#', target[c.capacity]) << what << ": wrote past the target";
+  }
 }
 
 TEST(I18NConverterTest, NegativeCapacityIsAGeneralFailure) {
