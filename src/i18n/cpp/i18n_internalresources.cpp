@@ -5,7 +5,6 @@
 #include "i18n/cpp/i18n_resourcetables.h"
 #include "i18n/cpp/i18n_testpeer.h"
 
-#include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/FileManagement/XYLFmDir.h>
 #include <XYLCore/Utility/XYLUtMemory.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>

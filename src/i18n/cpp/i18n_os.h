@@ -21,8 +21,8 @@ bool getLibraryFileName(std::string &fileName);
 // Whether `path` is a regular file this process may read.
 bool isReadableRegularFile(const char *path);
 
-// The first line (without its line end, at most `limit` bytes) of a text
-// file; false when the file cannot be opened for reading.
+// The first line (without its line end, at most `limit` bytes, ending at a
+// NUL byte too) of a text file; false when the file cannot be opened.
 bool readFirstLine(const char *path, std::string &line, int limit);
 
 // The code set of the process's locale settings (LC_ALL, LC_CTYPE, LANG):
