@@ -1,9 +1,9 @@
 // URI decoding fuzz target. The first byte chooses the encoding (low two
 // bits) and the converter's unconvertible-input mode (next three bits, modulo
 // 5); the rest, up to its first zero byte, is the escaped text. A documented
-// I18NRuntimeError is an accepted outcome. Checks: text without any escape
-// character ('%', '\\', '&', '+') and without non-ASCII bytes comes back
-// unchanged; the result of the by-name form equals the converter form when
+// I18NRuntimeError is an accepted outcome. Checks: printable ASCII text
+// without any escape character ('%', '\\', '&', '+') comes back unchanged
+// (IBM's Shift_JIS table swaps some control codes); the result of the by-name form equals the converter form when
 // the converter is in the default mode.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   text.resize(std::strlen(text.c_str()));
   bool plain = true;
   for (unsigned char c : text)
-    plain = plain && c < 0x80 && c != '%' && c != '\\' && c != '&' && c != '+';
+    plain = plain && c >= 0x20 && c < 0x7F && c != '%' && c != '\\' && c != '&' && c != '+';
   try {
     I18NConverter converter(encoding);
     converter.setBuiltInUnconvertibleInputSequenceCallback(mode);

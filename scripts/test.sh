@@ -3,7 +3,9 @@
 #   1. a normal build: unit, C-API, tool and fuzz-corpus tests, and one short
 #      smoke run of every benchmark;
 #   2. AddressSanitizer + UndefinedBehaviorSanitizer: the same tests;
-#   3. ThreadSanitizer: the tests labelled "concurrency".
+#   3. ThreadSanitizer: the tests labelled "concurrency";
+#   4. the libFuzzer targets built with clang, each run over its corpus and
+#      then for 20 seconds (scripts/fuzz.sh).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/install-deps.sh"
@@ -22,3 +24,6 @@ echo "== ThreadSanitizer build (concurrency tests)"
 bash "$root/scripts/build.sh" "$root/build/tsan" -DXYL_SANITIZE=thread -DXYL_BUILD_BENCHMARKS=OFF -DXYL_BUILD_TOOLS=OFF
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
   ctest --test-dir "$root/build/tsan" -j"$jobs" -L concurrency --output-on-failure --no-tests=ignore
+
+echo "== Fuzzing (clang libFuzzer): every target's corpus, then 20 s of new inputs each"
+bash "$root/scripts/fuzz.sh" 20

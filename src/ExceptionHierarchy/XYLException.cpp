@@ -107,7 +107,7 @@ const char *XYLException::getMessage() const {
   if (getPlainMessage() != nullptr)
     return getPlainMessage();
   if (getMessageCount() == 0)
-    return nullptr;
+    return ""; // the rendering of an empty set; callers hand it to printf
   try {
     I18NString text;
     format(nullptr, kDefaultLocale, text);

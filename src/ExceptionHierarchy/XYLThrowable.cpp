@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -278,5 +279,14 @@ void XYLDeferredThrowable::check(const XYLFileLocation &location, const char *te
 
 void xyl_detail::raiseAssertion(const char *file, int line, const char *statement) {
   XYLFileLocation location(file, line);
-  raise([statement] { return XYLAssertError(0, statement); }, location, "XYL_THROW");
+  raise([statement](const XYLFileLocation &, const char *) { return XYLAssertError(0, statement); }, location,
+        "XYL_THROW");
+}
+
+void xyl_detail::hurlCopy(const XYLThrowable &throwable, const XYLFileLocation &location, const char *macroName) {
+  std::unique_ptr<XYLThrowable> copy(throwable.clone());
+  if (copy == nullptr)
+    raise([](const XYLFileLocation &, const char *) { return XYLOutOfMemoryError(0L, nullptr); }, location, macroName);
+  copy->hurl(location, nullptr, macroName);
+  __builtin_unreachable(); // hurl always throws
 }

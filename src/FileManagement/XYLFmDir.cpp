@@ -3,6 +3,7 @@
 // here; the services of posix/XYLFmDir_posix.inc are included at the end.
 #include <XYLCore/FileManagement/XYLFmDir.h>
 
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "XYLFmOS_internal.h"
 #include "XYLFmText_internal.h"
 
@@ -287,66 +288,82 @@ std::size_t XYLFmDir::getRootPrefixLength(const char *path, XYLFmPathStyle style
   return PathReader(path, style).rootPrefix();
 }
 
-int XYLFmDir::joinPath(std::string &base, const char *part, XYLFmPathStyle style) {
-  if (part == nullptr || *part == '\0')
-    return 1;
-  const std::size_t partPrefix = getRootPrefixLength(part, style);
-  if (partPrefix == INVALID_ROOT_PREFIX)
+namespace {
+// splitPath's work, into strings of its own so that a failure leaves the
+// caller's as they were.
+int splitInto(const char *path, std::string &directory, std::string &name, XYLFmPathStyle style) {
+  const std::size_t prefix =
+      path == nullptr ? XYLFmDir::INVALID_ROOT_PREFIX : XYLFmDir::getRootPrefixLength(path, style);
+  if (prefix == XYLFmDir::INVALID_ROOT_PREFIX)
     return 0;
-  if (base.empty() || partPrefix != 0) {
-    base.assign(part);
-    return 1;
-  }
-  const PathReader reader(base.c_str(), style);
-  if (!reader.isValid())
-    return 0;
-  const std::size_t last = reader.lastSeparator(0);
-  const bool endsInSeparator = last != kNotFound && last + 1 == base.size();
-  if (!endsInSeparator)
-    base.push_back(style == XYLFmPathStyleWindows ? '\\' : '/');
-  base.append(part);
-  return 1;
-}
-
-int XYLFmDir::splitPath(const char *path, std::string *directory, std::string *name, XYLFmPathStyle style) {
-  const std::size_t prefix = path == nullptr ? INVALID_ROOT_PREFIX : getRootPrefixLength(path, style);
-  if (prefix == INVALID_ROOT_PREFIX) {
-    if (directory != nullptr)
-      directory->clear();
-    if (name != nullptr)
-      name->clear();
-    return 0;
-  }
   const std::size_t last = PathReader(path, style).lastSeparator(prefix);
   const std::size_t directoryEnd = last == kNotFound ? prefix : last;
   const std::size_t nameStart = last == kNotFound ? prefix : last + 1;
-  if (directory != nullptr)
-    directory->assign(path, directoryEnd);
-  if (name != nullptr)
-    name->assign(path + nameStart);
+  directory.assign(path, directoryEnd);
+  name.assign(path + nameStart);
   return 1;
+}
+} // namespace
+
+int XYLFmDir::joinPath(std::string &base, const char *part, XYLFmPathStyle style) {
+  return xyl_std_memory::onCopy(base, [&](std::string &joined) {
+    if (part == nullptr || *part == '\0')
+      return 1;
+    const std::size_t partPrefix = getRootPrefixLength(part, style);
+    if (partPrefix == INVALID_ROOT_PREFIX)
+      return 0;
+    if (joined.empty() || partPrefix != 0) {
+      joined.assign(part);
+      return 1;
+    }
+    const PathReader reader(joined.c_str(), style);
+    if (!reader.isValid())
+      return 0;
+    const std::size_t last = reader.lastSeparator(0);
+    const bool endsInSeparator = last != kNotFound && last + 1 == joined.size();
+    if (!endsInSeparator)
+      joined.push_back(style == XYLFmPathStyleWindows ? '\\' : '/');
+    joined.append(part);
+    return 1;
+  });
+}
+
+int XYLFmDir::splitPath(const char *path, std::string *directory, std::string *name, XYLFmPathStyle style) {
+  return xyl_std_memory::guarded([&] {
+    std::string directoryPart, namePart;
+    const int split = splitInto(path, directoryPart, namePart, style);
+    if (directory != nullptr)
+      directory->swap(directoryPart);
+    if (name != nullptr)
+      name->swap(namePart);
+    return split;
+  });
 }
 
 std::string &XYLFmDir::resolveEffectivePath(std::string &path) {
-  std::string resolved;
-  if (getEffectiveWorkingDir(resolved) == 0)
+  return xyl_std_memory::guarded([&]() -> std::string & {
+    std::string resolved;
+    if (getEffectiveWorkingDir(resolved) == 0)
+      return path;
+    if (getRootPrefixLength(path.c_str(), XYLFmPathStyleNative) != 0)
+      return path;
+    if (joinPath(resolved, path.c_str(), XYLFmPathStyleNative) != 0)
+      path.swap(resolved);
     return path;
-  if (getRootPrefixLength(path.c_str(), XYLFmPathStyleNative) != 0)
-    return path;
-  if (joinPath(resolved, path.c_str(), XYLFmPathStyleNative) != 0)
-    path.swap(resolved);
-  return path;
+  });
 }
 
 int XYLFmDir::getEffectiveWorkingDir(std::string &directory) {
-  EffectiveDirectory &state = effectiveDirectory();
-  XYLThreadGuard guard(state.lock);
-  if (state.setCount == 0) {
-    directory.clear();
-    return 0;
-  }
-  directory = state.directory;
-  return 1;
+  return xyl_std_memory::guarded([&] {
+    EffectiveDirectory &state = effectiveDirectory();
+    XYLThreadGuard guard(state.lock);
+    if (state.setCount == 0) {
+      directory.clear();
+      return 0;
+    }
+    directory = state.directory;
+    return 1;
+  });
 }
 
 int XYLFmDir::setEffectiveWorkingDir(const char *directory) {
@@ -519,45 +536,58 @@ int XYLFmDir::readDir(const char *dir, std::vector<std::string> *files, const ch
                       std::vector<std::string> *directories, const char * /*directoriesText*/) {
   if (files == nullptr && directories == nullptr)
     return 0;
-  ListCollector collector(files, directories);
-  return xyl_fm_os::listDirectory(dir, collector) ? 1 : 0;
+  // A failure takes back what this call added to the lists.
+  const std::size_t fileCount = files != nullptr ? files->size() : 0;
+  const std::size_t directoryCount = directories != nullptr ? directories->size() : 0;
+  try {
+    ListCollector collector(files, directories);
+    return xyl_fm_os::listDirectory(dir, collector) ? 1 : 0;
+  } catch (std::bad_alloc &) {
+    if (files != nullptr)
+      files->resize(fileCount);
+    if (directories != nullptr)
+      directories->resize(directoryCount);
+    XYL_THROW(XYLOutOfMemoryError(0L, nullptr));
+  }
 }
 
 int XYLFmDir::getTempPath(std::string &result) {
-  {
-    TempDirectory &state = tempDirectory();
-    XYLThreadGuard guard(state.lock);
-    if (state.isSet) {
-      result = state.directory;
+  return xyl_std_memory::guarded([&] {
+    {
+      TempDirectory &state = tempDirectory();
+      XYLThreadGuard guard(state.lock);
+      if (state.isSet) {
+        result = state.directory;
+        return 1;
+      }
+    }
+    // Only the first variable that is set is tried.
+    static const char *const kVariables[] = {"TMP", "tmp", "TEMP", "temp"};
+    for (const char *variable : kVariables) {
+      const char *value = xyl_fm_os::environmentValue(variable);
+      if (value == nullptr)
+        continue;
+      if (exists(value, EXISTS_READ_WRITE_DIRECTORY) != 0) {
+        result = value;
+        return 1;
+      }
+      break;
+    }
+    const char *conventional[2];
+    const std::size_t count = xyl_fm_os::conventionalTempDirectories(conventional);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (exists(conventional[i], EXISTS_READ_WRITE_DIRECTORY) != 0) {
+        result = conventional[i];
+        return 1;
+      }
+    }
+    if (exists(".", EXISTS_READ_WRITE_DIRECTORY) != 0) {
+      result = ".";
       return 1;
     }
-  }
-  // Only the first variable that is set is tried.
-  static const char *const kVariables[] = {"TMP", "tmp", "TEMP", "temp"};
-  for (const char *variable : kVariables) {
-    const char *value = xyl_fm_os::environmentValue(variable);
-    if (value == nullptr)
-      continue;
-    if (exists(value, EXISTS_READ_WRITE_DIRECTORY) != 0) {
-      result = value;
-      return 1;
-    }
-    break;
-  }
-  const char *conventional[2];
-  const std::size_t count = xyl_fm_os::conventionalTempDirectories(conventional);
-  for (std::size_t i = 0; i < count; ++i) {
-    if (exists(conventional[i], EXISTS_READ_WRITE_DIRECTORY) != 0) {
-      result = conventional[i];
-      return 1;
-    }
-  }
-  if (exists(".", EXISTS_READ_WRITE_DIRECTORY) != 0) {
-    result = ".";
-    return 1;
-  }
-  result.clear();
-  return 0;
+    result.clear();
+    return 0;
+  });
 }
 
 int XYLFmDir::setTempPath(const char *directory) {
@@ -578,19 +608,19 @@ int XYLFmDir::setTempPath(const char *directory) {
 }
 
 int XYLFmDir::createTempDir(const char *directory, const char *prefix, std::string &result) {
-  return createTemp(directory, prefix, result, nullptr, false);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, nullptr, false); });
 }
 
 int XYLFmDir::createTempDir(const char *directory, const char *prefix, std::string &result, const char *suffix) {
-  return createTemp(directory, prefix, result, suffix, false);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, suffix, false); });
 }
 
 int XYLFmDir::createTempFile(const char *directory, const char *prefix, std::string &result) {
-  return createTemp(directory, prefix, result, nullptr, true);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, nullptr, true); });
 }
 
 int XYLFmDir::createTempFile(const char *directory, const char *prefix, std::string &result, const char *suffix) {
-  return createTemp(directory, prefix, result, suffix, true);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, suffix, true); });
 }
 
 // ---- I18NString forms of the file-system operations -------------------------
@@ -666,12 +696,12 @@ int XYLFmDir::getTempPath(I18NString &result) {
 
 int XYLFmDir::createTempDir(const I18NString *directory, const I18NString *prefix, I18NString &result,
                             const I18NString *suffix) {
-  return createTemp(directory, prefix, result, suffix, false);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, suffix, false); });
 }
 
 int XYLFmDir::createTempFile(const I18NString *directory, const I18NString *prefix, I18NString &result,
                              const I18NString *suffix) {
-  return createTemp(directory, prefix, result, suffix, true);
+  return xyl_std_memory::guarded([&] { return createTemp(directory, prefix, result, suffix, true); });
 }
 
 #include "posix/XYLFmDir_posix.inc"

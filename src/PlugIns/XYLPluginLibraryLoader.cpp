@@ -3,6 +3,7 @@
 // posix/XYLPluginLibraryLoader_posix.inc are included at the end.
 #include <XYLCore/PlugIns/XYLPluginLibraryLoader.h>
 
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "XYLPluginOS_internal.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
@@ -42,17 +43,19 @@ public:
 } // namespace
 
 void *XYLPluginLibraryLoader::load(const std::string &path) {
-  std::string resolved(path);
-  XYLFmDir::resolveEffectivePath(resolved);
-  std::string error;
-  void *handle = xyl_plugin_os::openLibrary(resolved.c_str(), error);
-  if (handle == nullptr) {
-    std::string message;
-    if (!error.empty())
-      message = error + " (" + resolved + ")";
-    raisePluginError(1, message, "XYLPluginLibraryLoader::load", __LINE__);
-  }
-  return handle;
+  return xyl_std_memory::guarded([&] {
+    std::string resolved(path);
+    XYLFmDir::resolveEffectivePath(resolved);
+    std::string error;
+    void *handle = xyl_plugin_os::openLibrary(resolved.c_str(), error);
+    if (handle == nullptr) {
+      std::string message;
+      if (!error.empty())
+        message = error + " (" + resolved + ")";
+      raisePluginError(1, message, "XYLPluginLibraryLoader::load", __LINE__);
+    }
+    return handle;
+  });
 }
 
 void XYLPluginLibraryLoader::unload(void *handle) {

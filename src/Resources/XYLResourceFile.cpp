@@ -1,6 +1,7 @@
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Resources/XYLResourceFile.h>
 
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "Resources/XYLCatalogReader.h"
 #include "Resources/XYLResourceOs.h"
 #include "i18n/cpp/i18n_os.h"
@@ -35,11 +36,20 @@ bool isPlainFolderName(const std::string &name) {
          name.find('\\') == std::string::npos;
 }
 
+// The bodies of the factory's operations, which only wrap them.
+std::string defaultLocation();
+std::vector<std::string> candidatesFor(const char *name, const char *location, const char *locale, bool useLocale);
+
 } // namespace
 
 // ---- XYLResourceFactory --------------------------------------------------------------
 
 std::string XYLResourceFactory::getDefaultLocation() {
+  return xyl_std_memory::guarded([]() -> std::string { return defaultLocation(); });
+}
+
+namespace {
+std::string defaultLocation() {
   const char *variable = std::getenv(kPathVariable);
   if (variable != nullptr && *variable != '\0')
     return variable;
@@ -53,9 +63,15 @@ std::string XYLResourceFactory::getDefaultLocation() {
     return "/";
   return fileName.substr(0, cut);
 }
+} // namespace
 
 std::vector<std::string> XYLResourceFactory::getCandidates(const char *name, const char *location, const char *locale,
                                                            bool useLocale) {
+  return xyl_std_memory::guarded([&] { return candidatesFor(name, location, locale, useLocale); });
+}
+
+namespace {
+std::vector<std::string> candidatesFor(const char *name, const char *location, const char *locale, bool useLocale) {
   std::vector<std::string> candidates;
   if (name == nullptr || *name == '\0')
     return candidates;
@@ -67,7 +83,7 @@ std::vector<std::string> XYLResourceFactory::getCandidates(const char *name, con
     candidates.push_back(file);
     return candidates;
   }
-  const std::string directory = (location == nullptr || *location == '\0') ? getDefaultLocation() : location;
+  const std::string directory = (location == nullptr || *location == '\0') ? defaultLocation() : location;
   if (useLocale) {
     std::string normalized = i18n_res::normalizeLocaleKey(locale);
     if (normalized.empty())
@@ -82,13 +98,16 @@ std::vector<std::string> XYLResourceFactory::getCandidates(const char *name, con
   candidates.push_back(join(directory, file));
   return candidates;
 }
+} // namespace
 
 std::string XYLResourceFactory::resolve(const char *name, const char *location, const char *locale, bool useLocale) {
-  for (const std::string &candidate : getCandidates(name, location, locale, useLocale)) {
-    if (xyl_resource_os::isRegularFile(candidate.c_str()))
-      return candidate;
-  }
-  return std::string();
+  return xyl_std_memory::guarded([&]() -> std::string {
+    for (const std::string &candidate : candidatesFor(name, location, locale, useLocale)) {
+      if (xyl_resource_os::isRegularFile(candidate.c_str()))
+        return candidate;
+    }
+    return std::string();
+  });
 }
 
 // ---- XYLResourceFile -----------------------------------------------------------------
@@ -103,17 +122,21 @@ XYLResourceFile::XYLResourceFile(const char *name, const char *text, int option)
 XYLResourceFile::~XYLResourceFile() { delete m_resource; }
 
 int XYLResourceFile::openPath(const std::string &path) {
-  if (m_resource == nullptr)
-    m_resource = new XYLCatalogReader(m_option != XYLResourceOnDemand);
-  m_path.clear();
-  if (path.empty()) {
-    m_resource->close();
-    return 0;
-  }
-  if (!m_resource->open(path.c_str()))
-    return 0;
-  m_path = path;
-  return 1;
+  return xyl_std_memory::guarded([&] {
+    // Everything that can run out of memory comes before the handle changes.
+    std::string kept(path);
+    if (m_resource == nullptr)
+      m_resource = new XYLCatalogReader(m_option != XYLResourceOnDemand);
+    m_path.clear();
+    if (kept.empty()) {
+      m_resource->close();
+      return 0;
+    }
+    if (!m_resource->open(kept.c_str()))
+      return 0;
+    m_path.swap(kept);
+    return 1;
+  });
 }
 
 int XYLResourceFile::open(const char *name, const char *text) {
@@ -136,9 +159,10 @@ std::string XYLResourceFile::getResource(unsigned int messageNumber, const char 
   const char *found = m_resource->lookup(messageNumber, &length);
   if (found == nullptr)
     return std::string();
+  std::string result = xyl_std_memory::guarded([&] { return std::string(found, length); });
   if (text != nullptr)
     *text = found;
-  return std::string(found, length);
+  return result;
 }
 
 void XYLResourceFile::close() {

@@ -1,5 +1,7 @@
 #include <XYLCore/Utility/XYLUtConvert.h>
 
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
+
 #include <cstring>
 
 const unsigned long XYLUtConvert::m_offsetTabLongs[10] = {1UL,      10UL,      100UL,      1000UL,      10000UL,
@@ -144,17 +146,23 @@ void XYLUtConvert::hexCvt(char *buffer, unsigned long &position, unsigned long v
 
 void XYLUtConvert::longCvt(std::string &text, long value, unsigned width, char fill, int showSign, char plusChar,
                            char minusChar) {
-  StringSink sink(text);
-  decimal(sink, magnitudeOf(value), value < 0, width, fill, showSign, plusChar, minusChar);
+  xyl_std_memory::appending(text, [&] {
+    StringSink sink(text);
+    decimal(sink, magnitudeOf(value), value < 0, width, fill, showSign, plusChar, minusChar);
+  });
 }
 
 void XYLUtConvert::ulongCvt(std::string &text, unsigned long value, unsigned width, char fill, int showSign,
                             char plusChar) {
-  StringSink sink(text);
-  decimal(sink, value, false, width, fill, showSign, plusChar, '-');
+  xyl_std_memory::appending(text, [&] {
+    StringSink sink(text);
+    decimal(sink, value, false, width, fill, showSign, plusChar, '-');
+  });
 }
 
 void XYLUtConvert::hexCvt(std::string &text, unsigned long value, unsigned width, char fill, const char *prefix) {
-  StringSink sink(text);
-  hexadecimal(sink, value, width, fill, prefix);
+  xyl_std_memory::appending(text, [&] {
+    StringSink sink(text);
+    hexadecimal(sink, value, width, fill, prefix);
+  });
 }

@@ -1,5 +1,6 @@
 // OS-independent part of the system queries; the services are in
 // posix/XYLUtSystemInfo_posix.inc.
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "XYLUtOS_internal.h"
 
 #include <XYLCore/Utility/XYLUtConvert.h>
@@ -11,15 +12,16 @@ std::string XYLUtSystemInfo::getMachine() {
   // Host names are at most 255 bytes on every system we run on.
   char name[256];
   if (!xyl_ut_os::readMachineName(name, sizeof name))
-    return std::string();
-  return std::string(name);
+    name[0] = '\0';
+  return xyl_std_memory::guarded([&] { return std::string(name); });
 }
 
 unsigned long XYLUtSystemInfo::getProcessId() { return xyl_ut_os::readProcessId(); }
 
 std::string &XYLUtSystemInfo::getProcessId(std::string &text) {
-  text.clear();
-  XYLUtConvert::ulongCvt(text, xyl_ut_os::readProcessId(), 1, '0', 0, '+');
+  std::string number;
+  XYLUtConvert::ulongCvt(number, xyl_ut_os::readProcessId(), 1, '0', 0, '+');
+  text.swap(number);
   return text;
 }
 
@@ -30,7 +32,7 @@ std::string XYLUtSystemInfo::getTimeStamp(int extended) {
   std::snprintf(stamp, sizeof stamp,
                 extended != 0 ? "%04d-%02d-%02dT%02d:%02d:%02d.%03d" : "%04d%02d%02d%02d%02d%02d%03d", now.year,
                 now.month, now.day, now.hour, now.minute, now.second, now.millisecond);
-  return std::string(stamp);
+  return xyl_std_memory::guarded([&] { return std::string(stamp); });
 }
 
 #include "posix/XYLUtSystemInfo_posix.inc"

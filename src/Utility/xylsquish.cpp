@@ -108,8 +108,21 @@ int XYLsqu_unsquish2(XYLsquState *state, char *out) {
       state->m_originalLength > kMaxOriginalLength || out == nullptr)
     return Z_STREAM_ERROR;
   uLongf inflated = state->m_originalLength;
-  int rc = uncompress(reinterpret_cast<Bytef *>(out), &inflated, state->m_pData + kHeaderSize,
-                      state->m_decodedLength - kHeaderSize);
+  int rc;
+  if (inflated == 0) {
+    // Zlib treats a destination of length 0 as room for one scratch byte
+    // (and then calls an overflow a data error): inflate into a byte of our
+    // own, so that any text at all is the stream being longer than its header.
+    Bytef scratch;
+    inflated = 1;
+    rc = uncompress(&scratch, &inflated, state->m_pData + kHeaderSize, state->m_decodedLength - kHeaderSize);
+    if (rc == Z_OK && inflated != 0)
+      rc = Z_BUF_ERROR;
+    inflated = 0;
+  } else {
+    rc = uncompress(reinterpret_cast<Bytef *>(out), &inflated, state->m_pData + kHeaderSize,
+                    state->m_decodedLength - kHeaderSize);
+  }
   if (rc == Z_OK) {
     // A stream shorter than its header claims ends the text where it ends.
     out[inflated] = '\0';

@@ -23,15 +23,15 @@ static char *poolAllocator(void *context, char *buffer, int newSize, int *error)
   char *block;
   if (error != NULL)
     *error = 0;
-  if (newSize < 0 || pool->failAs == I18N_NEGATIVE_ALLOCATION_SIZE) {
-    *error = I18N_NEGATIVE_ALLOCATION_SIZE;
-    return NULL;
-  }
-  if (newSize == 0) {
+  if (newSize == 0) { /* frees even while failing, so nothing leaks */
     if (buffer != NULL) {
       free(buffer);
       --pool->live;
     }
+    return NULL;
+  }
+  if (newSize < 0 || pool->failAs == I18N_NEGATIVE_ALLOCATION_SIZE) {
+    *error = I18N_NEGATIVE_ALLOCATION_SIZE;
     return NULL;
   }
   if (pool->failAs != 0) {
@@ -151,6 +151,59 @@ static void testIterators(void) {
   i18nStringIteratorFree(&end, &error);
   CHECK(error == 0 && it == NULL && end == NULL);
   i18nStringFree(&s, &error);
+}
+
+/* Every "WithAllocator" path reports the failing callback's own code. */
+static void testFailingAllocatorCodes(void) {
+  static const int codes[] = {I18N_ALLOCATION_FAILURE, I18N_NEGATIVE_ALLOCATION_SIZE};
+  static const char text[] = "caf\xc3\xa9 with a tail longer than any inline buffer of the string";
+  static const unsigned int points[] = {0xE9, 0x4E2D, 0x1F600, 0};
+  static const unsigned short units[] = {0xE9, 0x61, 0};
+  I18NErrorCodes error;
+  I18NStringHandle source = NULL, s = NULL;
+  I18NConverterHandle converter = NULL;
+  unsigned short *unicode;
+  char *bytes;
+  int i, j;
+  i18nStringNtBytesToString(&source, text, "UTF-8", &error);
+  i18nConverterCreate(&converter, "ISO-8859-1", &error);
+  for (i = 0; i < 2; ++i) {
+    struct Pool pool = {0, 0};
+    int code = codes[i];
+    pool.failAs = code;
+    i18nStringNtBytesToStringWithAllocator(&s, text, "UTF-8", poolAllocator, &pool, &error);
+    CHECK(s == NULL && error == code);
+    i18nStringBytesToStringWithAllocator(&s, text, (int)sizeof text - 1, "UTF-8", poolAllocator, &pool, &error);
+    CHECK(s == NULL && error == code);
+    i18nStringCodePointsToStringWithAllocator(&s, points, poolAllocator, &pool, &error);
+    CHECK(s == NULL && error == code);
+    i18nStringRepeatingCodePointToStringWithAllocator(&s, 0xE9, 300, poolAllocator, &pool, &error);
+    CHECK(s == NULL && error == code);
+    bytes = (char *)&pool;
+    CHECK(i18nStringStringToBytesWithAllocator(source, "UTF-8", &bytes, poolAllocator, &pool, &error) == -1);
+    CHECK(error == code && bytes == NULL);
+    unicode = (unsigned short *)&pool;
+    CHECK(i18nConverterToUnicodeWithAllocator(converter, "abc", 3, &unicode, poolAllocator, &pool, &error) == -1);
+    CHECK(error == code && unicode == NULL);
+    bytes = (char *)&pool;
+    CHECK(i18nConverterFromUnicodeWithAllocator(converter, units, 6, &bytes, poolAllocator, &pool, &error) == -1);
+    CHECK(error == code && bytes == NULL);
+    /* Strings made with the callback, which fails later while growing
+     * (the ASCII form, or the Unicode form it turns into). */
+    for (j = 0; j < 2; ++j) {
+      pool.failAs = 0;
+      i18nStringNtBytesToStringWithAllocator(&s, "plain", "UTF-8", poolAllocator, &pool, &error);
+      CHECK(s != NULL && error == 0);
+      pool.failAs = code;
+      i18nStringAppendRepeatingCodePoint(s, j == 0 ? 0x61 : 0x4E2D, 5000, &error);
+      CHECK(error == code);
+      pool.failAs = 0;
+      i18nStringFree(&s, &error);
+    }
+    CHECK(pool.live == 0);
+  }
+  i18nConverterFree(&converter, &error);
+  i18nStringFree(&source, &error);
 }
 
 static void testAllocators(void) {
@@ -441,6 +494,7 @@ int main(void) {
   testStrings();
   testIterators();
   testAllocators();
+  testFailingAllocatorCodes();
   testConverters();
   testLocales();
   testFormatsCollatorBidi();

@@ -20,7 +20,7 @@
  *   toString() is that rendering for "en-us" with the texts, from the
  *     library's catalogs;
  *   getMessage() is the plain message when one is held, else the set's
- *     texts for "en-us" (each followed by "\n"), else null.
+ *     texts for "en-us" (each followed by "\n"): "" for an empty set.
  * Both return bytes in the platform default encoding (UTF-8 for a text that
  * encoding cannot hold), owned by the exception and rebuilt on every call:
  * a pointer stays valid until the next call of the same operation or the

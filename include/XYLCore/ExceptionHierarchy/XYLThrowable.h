@@ -9,6 +9,8 @@
  *
  * Raising:
  *   XYL_THROW(XYLRuntimeError(5, "bad"));   builds, adds a trace line, throws
+ *   XYL_THROW(XYLException(17) << XYLMessage("mycatalog", 17));  any
+ *     expression of a throwable type, temporaries reached by reference too
  *   catch (XYLThrowable& e) { XYL_RETHROW(e); }  adds a line, throws on
  *   XYL_ASSERT(cond);  XYL_ASSERT_NAMED(cond, "[Class::op] text");
  * A raise always throws a copy of the object by its most-derived type. The
@@ -129,22 +131,42 @@ namespace xyl_detail {
 // and raises it as XYL_THROW does.
 [[noreturn]] XYL_API void raiseAssertion(const char *file, int line, const char *statement);
 
+// Raises a copy of a constant throwable: hurl adds a trace line, so it needs
+// an object of its own. Memory running out raises XYLOutOfMemoryError.
+[[noreturn]] XYL_API void hurlCopy(const XYLThrowable &throwable, const XYLFileLocation &location,
+                                   const char *macroName);
+
+// Raises an object that an expression only refers to: a named object, or a
+// temporary reached through a call chain that returns a reference. It runs
+// inside the full expression that built the object, so such a temporary is
+// still alive while hurl copies it.
+template <class T>
+[[noreturn]] void hurlReferenced(T &&throwable, const XYLFileLocation &location, const char *macroName) {
+  static_assert(std::is_base_of<XYLThrowable, std::remove_reference_t<T>>::value,
+                "XYL_THROW takes an expression of a type derived from XYLThrowable");
+  if constexpr (std::is_const<std::remove_reference_t<T>>::value)
+    hurlCopy(throwable, location, macroName);
+  else
+    throwable.hurl(location, nullptr, macroName);
+  __builtin_unreachable(); // both raise
+}
+
 // Builds the throwable that `make` returns, with its first trace line.
 template <class Make> auto traced(Make &make, const XYLFileLocation &location, const char *macroName) {
-  auto throwable = make();
+  auto throwable = make(location, macroName);
   throwable.addBackTrace(location, nullptr, macroName);
   return throwable;
 }
 
-// XYL_THROW's body. A named object (reference) is raised through its virtual
-// hurl, which throws a copy by its most-derived type. A freshly built object
-// is constructed directly as the exception object instead: the result is the
-// same object with the same trace line, but the raising frame holds no
+// XYL_THROW's body. `make` either raises the object itself (the expression
+// refers to an object, see hurlReferenced) or returns a freshly built one,
+// which is then constructed directly as the exception object: the result is
+// the same object with the same trace line, but the raising frame holds no
 // temporary whose destruction would stop the unwinder on its way out.
 template <class Make> [[noreturn]] void raise(Make make, const XYLFileLocation &location, const char *macroName) {
-  if constexpr (std::is_reference<decltype(make())>::value) {
-    make().hurl(location, nullptr, macroName);
-    __builtin_unreachable(); // hurl always throws
+  if constexpr (std::is_void<decltype(make(location, macroName))>::value) {
+    make(location, macroName);
+    __builtin_unreachable(); // make raised
   } else {
     throw traced(make, location, macroName);
   }
@@ -170,7 +192,18 @@ public:                                                                         
 
 #define XYL_HERE ::XYLFileLocation(XYL_SOURCE_FILE, __LINE__)
 
-#define XYL_THROW(throwable) ::xyl_detail::raise([&]() -> decltype(auto) { return (throwable); }, XYL_HERE, "XYL_THROW")
+/* Takes any expression of a throwable type: a temporary, a named object, a
+ * call chain returning a reference (XYLException(17) << message), a
+ * conditional or a function's result. The expression is evaluated once. */
+#define XYL_THROW(throwable)                                                                                           \
+  ::xyl_detail::raise(                                                                                                 \
+      [&](const ::XYLFileLocation &xylAt, const char *xylMacro) -> decltype(auto) {                                    \
+        if constexpr (std::is_reference<decltype((throwable))>::value)                                                 \
+          ::xyl_detail::hurlReferenced((throwable), xylAt, xylMacro);                                                  \
+        else                                                                                                           \
+          return (throwable);                                                                                          \
+      },                                                                                                               \
+      XYL_HERE, "XYL_THROW")
 
 #define XYL_RETHROW(caught) (caught).hurl(XYL_HERE, nullptr, "XYL_RETHROW")
 

@@ -13,6 +13,12 @@ void storeCurrentException(I18NErrorCodes *error) noexcept {
     code = static_cast<I18NErrorCodes>(e.getErrorCode());
   } catch (const I18NUnexpectedError &e) {
     code = static_cast<I18NErrorCodes>(e.getErrorCode());
+  } catch (const XYLOutOfMemoryError &e) {
+    // Memory a string could not get from its allocator (the C heap counts
+    // as the default one) keeps the allocator's code: -1, or -10.
+    long reported = e.getErrorCode();
+    if (reported == I18N_ALLOCATION_FAILURE || reported == I18N_NEGATIVE_ALLOCATION_SIZE)
+      code = static_cast<I18NErrorCodes>(reported);
   } catch (...) {
   }
   // A failure never reads as success (a code given as text leaves 0).

@@ -86,6 +86,12 @@ I18NErrorCodes conversionStatus(UErrorCode status) {
   return I18N_SUCCESS;
 }
 
+// The same for a caller's buffer: a result that fits exactly, without room
+// for the terminator, is complete.
+I18NErrorCodes callerBufferStatus(UErrorCode status) {
+  return conversionStatus(status == U_STRING_NOT_TERMINATED_WARNING ? U_ZERO_ERROR : status);
+}
+
 void setError(I18NErrorCodes *error, I18NErrorCodes value) {
   if (error != nullptr)
     *error = value;
@@ -118,7 +124,8 @@ char *allocateResult(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *conte
   if (block == nullptr || status != 0) {
     if (block != nullptr)
       allocator(context, block, 0, nullptr);
-    XYL_THROW(I18NRuntimeError(I18N_ALLOCATION_FAILURE, "Memory allocation failed."));
+    long code = status == I18N_NEGATIVE_ALLOCATION_SIZE ? I18N_NEGATIVE_ALLOCATION_SIZE : I18N_ALLOCATION_FAILURE;
+    XYL_THROW(I18NRuntimeError(code, "Memory allocation failed."));
   }
   return block;
 }
@@ -504,7 +511,7 @@ int I18NConverter::toUnicode(const char *source, int sourceLength, unsigned shor
   UErrorCode status = U_ZERO_ERROR;
   int32_t units =
       toUChars(m_pConverter, m_inputMode, source, length, reinterpret_cast<UChar *>(target), targetBytes / 2, &status);
-  setError(error, conversionStatus(status));
+  setError(error, callerBufferStatus(status));
   return units * 2;
 }
 
@@ -523,15 +530,11 @@ int I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, ch
   if (!utf8Direct(m_pConverter, m_outputMode) ||
       !encodeUTF8(text, units, target, targetBytes, m_outputMode, &bytes, &status))
     bytes = ucnv_fromUChars(m_pConverter, target, targetBytes, text, units, &status);
-  I18NErrorCodes code = conversionStatus(status);
-  // ucnv_fromUChars terminates with one NUL byte; a wider NUL needs room of
-  // its own and is written here.
-  if (code == I18N_SUCCESS && m_minCharSize > 1) {
-    if (bytes + m_minCharSize > targetBytes)
-      code = I18N_BUFFER_TOO_SMALL;
-    else
-      std::memset(target + bytes, 0, static_cast<std::size_t>(m_minCharSize));
-  }
+  I18NErrorCodes code = callerBufferStatus(status);
+  // ucnv_fromUChars terminates with one NUL byte; a wider NUL is written
+  // here, when there is room for it.
+  if (code == I18N_SUCCESS && m_minCharSize > 1 && bytes + m_minCharSize <= targetBytes)
+    std::memset(target + bytes, 0, static_cast<std::size_t>(m_minCharSize));
   setError(error, code);
   return bytes;
 }
@@ -599,6 +602,8 @@ char *I18NConverter::fromUnicode(const unsigned short *source, int sourceBytes, 
     char *block = allocateResult(allocator, context, static_cast<int>(guess));
     I18NErrorCodes code = I18N_SUCCESS;
     int bytes = fromUnicode(source, units * 2, block, static_cast<int>(guess), &code);
+    if (code == I18N_SUCCESS && bytes + m_minCharSize > guess)
+      code = I18N_BUFFER_TOO_SMALL; // this buffer must hold the terminator too
     if (code == I18N_SUCCESS) {
       if (targetBytes != nullptr)
         *targetBytes = bytes;

@@ -54,7 +54,15 @@ xI18NDateTimeFormat *createImpl(const I18NLocale &locale) {
   std::unique_ptr<xI18NDateTimeFormat> impl(new (std::nothrow) xI18NDateTimeFormat(locale));
   if (impl == nullptr)
     raiseOutOfMemory();
-  const icu::Locale &icuLocale = locale.getLocale();
+  // Pattern, symbols and calendar all come from the Gregorian calendar, also
+  // where the locale's own default is another (ar-SA, th-TH, fa-IR) or the
+  // name asks for one: a Gregorian date in the pattern of, say, the Islamic
+  // calendar matches neither calendar's text.
+  icu::Locale icuLocale(locale.getLocale());
+  UErrorCode keywordStatus = U_ZERO_ERROR;
+  icuLocale.setKeywordValue("calendar", "gregorian", keywordStatus);
+  if (U_FAILURE(keywordStatus))
+    raiseFailure(std::string("ICU cannot select the Gregorian calendar for ") + icuLocale.getName() + ".");
   std::unique_ptr<icu::DateFormat> base(
       icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kMedium, icuLocale));
   auto *simple = dynamic_cast<icu::SimpleDateFormat *>(base.get());

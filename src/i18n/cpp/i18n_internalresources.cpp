@@ -1,10 +1,10 @@
 // The installation root, the resource file path, and the tables read from
 // the resource files. OS services come from posix/ (included at the end).
+#include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "i18n/cpp/i18n_os.h"
 #include "i18n/cpp/i18n_resourcetables.h"
 #include "i18n/cpp/i18n_testpeer.h"
 
-#include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/FileManagement/XYLFmDir.h>
 #include <XYLCore/Utility/XYLUtMemory.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>
@@ -154,7 +154,7 @@ bool I18NInternalResources::hasNonNormalizableCharacters() { return tables().has
 U_ICU_NAMESPACE::Transliterator *I18NInternalResources::getTransliterator() { return tables().newTransliterator(); }
 
 bool I18NInternalResources::getLocaleIdFroLCID(unsigned short lcid, std::string &localeName) {
-  return tables().localeForLCID(lcid, localeName);
+  return xyl_std_memory::onCopy(localeName, [&](std::string &name) { return tables().localeForLCID(lcid, name); });
 }
 
 unsigned short I18NInternalResources::getLCIDForLocale(const char *localeName) {
@@ -162,16 +162,23 @@ unsigned short I18NInternalResources::getLCIDForLocale(const char *localeName) {
 }
 
 void I18NInternalResources::getDefaultLocaleForLanguage(const char *name, std::string &localeName) {
-  tables().defaultLocaleForLanguage(name, localeName);
+  xyl_std_memory::onCopy(localeName, [&](std::string &locale) {
+    tables().defaultLocaleForLanguage(name, locale);
+    return 0;
+  });
 }
 
 bool I18NInternalResources::getEncodingForLocale(const char *localeName, std::string &encoding) {
-  return tables().encodingForLocale(localeName, encoding);
+  return xyl_std_memory::onCopy(encoding,
+                                [&](std::string &name) { return tables().encodingForLocale(localeName, name); });
 }
 
 void I18NInternalResources::getTimePeriodResources(const char *localeName, std::map<std::string, std::string> &words) {
   const char *directory = getBinaryDirectory();
-  i18n_res::readCompanionTexts("./xyli18nrestp_", directory, localeName, words);
+  xyl_std_memory::onCopy(words, [&](std::map<std::string, std::string> &texts) {
+    i18n_res::readCompanionTexts("./xyli18nrestp_", directory, localeName, texts);
+    return 0;
+  });
 }
 
 int I18NInternalResources::getUTF8BytesPerCodePoint() { return tables().utf8BytesPerCodePoint(); }

@@ -101,7 +101,9 @@ public:
       if (form >= 0 && m_present[unit][form])
         return m_words[unit][form];
     }
-    return m_words[unit][magnitude(value) == 1 ? kSingular : kPlural];
+    // The classic pair: the singular for exactly 1, so "-1 days". The plural
+    // rules above count the magnitude, as ICU's categories are defined.
+    return m_words[unit][value == 1 ? kSingular : kPlural];
   }
 
   static int categoryForm(const icu::UnicodeString &category) {

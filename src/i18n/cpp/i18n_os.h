@@ -21,12 +21,13 @@ bool getLibraryFileName(std::string &fileName);
 // Whether `path` is a regular file this process may read.
 bool isReadableRegularFile(const char *path);
 
-// The first line (without its line end, at most `limit` bytes) of a text
-// file; false when the file cannot be opened for reading.
+// The first line (without its line end, at most `limit` bytes, ending at a
+// NUL byte too) of a text file; false when the file cannot be opened.
 bool readFirstLine(const char *path, std::string &line, int limit);
 
-// The code set of the process's locale settings (LC_ALL, LC_CTYPE, LANG)
-// as the OS names it ("ISO-8859-1", "ANSI_X3.4-1968"); empty when unknown.
+// The code set of the process's locale settings (LC_ALL, LC_CTYPE, LANG):
+// the one the effective setting names ("UTF-8", "ISO-8859-15", "SJIS"),
+// else an installed locale's ("ISO-8859-1"), else "UTF-8".
 void getLocaleCodeSet(char *buffer, int capacity);
 
 } // namespace i18n_os

@@ -44,8 +44,11 @@ std::atomic<long> g_unicodeFormsCreated{0};
 namespace i18n_string_detail {
 void raiseRuntime(long code, const char *message) { XYL_THROW(I18NRuntimeError(code, message)); }
 
-void raiseAllocatorFailure() {
-  XYL_THROW(XYLOutOfMemoryError(-1L, "The specified allocator callback failed to allocate memory."));
+void raiseAllocatorFailure(int reported) {
+  // The code carries the callback's report (-10 for a negative size, else
+  // -1), which the C interface hands on to its caller.
+  long code = reported == I18N_NEGATIVE_ALLOCATION_SIZE ? I18N_NEGATIVE_ALLOCATION_SIZE : I18N_ALLOCATION_FAILURE;
+  XYL_THROW(XYLOutOfMemoryError(code, "The specified allocator callback failed to allocate memory."));
 }
 
 void raiseHeapFailure() { XYL_THROW(XYLOutOfMemoryError(-1L, "malloc failed to allocate memory.")); }
@@ -83,7 +86,7 @@ void *I18NString::allocateBlock(void *block, int size) const {
     int error = 0;
     char *result = m_pAllocator(m_pAllocatorContext, static_cast<char *>(block), size, &error);
     if (result == nullptr || error != 0)
-      raiseAllocatorFailure();
+      raiseAllocatorFailure(error);
     return result;
   }
   void *result = block == nullptr ? XYLUtMemory::malloc(static_cast<std::size_t>(size))

@@ -48,7 +48,7 @@ char *obtain(I18N_STRINGBUFFER_ALLOCATOR_CALLBACK allocator, void *context, char
     int error = 0;
     char *result = allocator(context, block, size, &error);
     if (result == nullptr || error != 0)
-      raiseAllocatorFailure();
+      raiseAllocatorFailure(error);
     return result;
   }
   char *result = static_cast<char *>(XYLUtMemory::realloc(block, static_cast<std::size_t>(size)));
@@ -150,6 +150,8 @@ char *I18NString::convertToBytes(const char *encoding, I18NConverter *converter,
     I18NErrorCodes error = I18N_SUCCESS;
     int produced = converter->fromUnicode(reinterpret_cast<const unsigned short *>(units), count * 2, bytes,
                                           static_cast<int>(capacity), &error);
+    if (error == I18N_SUCCESS && produced + terminator > capacity)
+      error = I18N_BUFFER_TOO_SMALL; // no room left for the terminator
     if (error == I18N_BUFFER_TOO_SMALL && attempt == 0 && produced > 0) {
       release(allocator, context, bytes);
       capacity = static_cast<long>(produced) + terminator;

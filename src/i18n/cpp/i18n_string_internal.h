@@ -20,7 +20,8 @@ namespace i18n_string_detail {
 
 // ---- Raising ----------------------------------------------------------------
 [[noreturn]] void raiseRuntime(long code, const char *message);
-[[noreturn]] void raiseAllocatorFailure();
+// `reported` is what the callback stored into its error argument.
+[[noreturn]] void raiseAllocatorFailure(int reported);
 [[noreturn]] void raiseHeapFailure();
 [[noreturn]] void raiseConversionFailure(int code);
 

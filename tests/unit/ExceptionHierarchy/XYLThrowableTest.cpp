@@ -1,10 +1,12 @@
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
+#include <XYLCore/Messages/XYLMessage.h>
 
 #include "XYLFaultInjection.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -68,7 +70,9 @@ TEST(XYLThrowableTest, MessageIsCopiedAndNullStaysNull) {
   buffer[0] = 'X';
   EXPECT_STREQ("original", e.getMessage());
   EXPECT_EQ(nullptr, XYLRuntimeError(1, nullptr).getMessage());
-  EXPECT_EQ(nullptr, XYLException(3).getMessage());
+  // An exception renders its (empty) message set instead: never null.
+  EXPECT_STREQ("", XYLException(3).getMessage());
+  EXPECT_STREQ("", static_cast<const XYLPluginException &>(XYLPluginException(3)).getMessage());
   std::runtime_error std("from std");
   XYLStdExceptionError wrapped(std);
   EXPECT_STREQ("from std", wrapped.getMessage());
@@ -113,6 +117,78 @@ TEST(XYLThrowableTest, EveryClassNamesClonesAndThrowsItself) {
   checkClass(XYLStdExceptionError(), "XYLStdExceptionError");
   checkClass(XYLException(1), "XYLException");
   checkClass(XYLPluginException(2), "XYLPluginException");
+}
+
+XYLRuntimeError makeError(int code, int &calls) {
+  ++calls;
+  return XYLRuntimeError(code, "made");
+}
+
+// Whatever form the expression takes, the raise throws its most-derived type
+// with the given code, the messages it was given and exactly one trace line
+// naming the raising line; the expression is evaluated once.
+TEST(XYLThrowableTest, ThrowTakesEveryFormOfExpression) {
+  struct Case {
+    const char *form;
+    std::function<void(int &line)> raise;
+    const std::type_info &type;
+    long code;
+    unsigned messages;
+  };
+  int calls = 0;
+  bool flag = true;
+  const Case cases[] = {
+      {"temporary", [](int &l) { l = __LINE__, XYL_THROW(XYLRuntimeError(1, "t")); }, typeid(XYLRuntimeError), 1, 0},
+      {"named",
+       [](int &l) {
+         XYLIllegalStateError named(2, "n");
+         l = __LINE__, XYL_THROW(named);
+       },
+       typeid(XYLIllegalStateError), 2, 0},
+      {"const named",
+       [](int &l) {
+         const XYLIndexOutOfBoundsError named(3, "c");
+         l = __LINE__, XYL_THROW(named);
+       },
+       typeid(XYLIndexOutOfBoundsError), 3, 0},
+      {"chain on a temporary",
+       [](int &l) { l = __LINE__, XYL_THROW(XYLException(17) << XYLMessage("mycatalog", 17) << XYLMessage("c", 2)); },
+       typeid(XYLException), 17, 2},
+      {"member chain", [](int &l) { l = __LINE__, XYL_THROW(XYLPluginException(1).addLocalizationMessage("p")); },
+       typeid(XYLPluginException), 1, 1},
+      {"conditional",
+       [&](int &l) { l = __LINE__, XYL_THROW(flag ? XYLRuntimeError(4, "a") : XYLRuntimeError(5, "b")); },
+       typeid(XYLRuntimeError), 4, 0},
+      {"conditional of names",
+       [&](int &l) {
+         XYLIllegalStateError a(2, "a"), b(7, "b");
+         l = __LINE__, XYL_THROW(flag ? a : b);
+       },
+       typeid(XYLIllegalStateError), 2, 0},
+      {"function result", [&](int &l) { l = __LINE__, XYL_THROW(makeError(6, calls)); }, typeid(XYLRuntimeError), 6, 0},
+      {"moved",
+       [](int &l) {
+         XYLIllegalStateError named(2, "n");
+         l = __LINE__, XYL_THROW(std::move(named));
+       },
+       typeid(XYLIllegalStateError), 2, 0},
+  };
+  for (const Case &c : cases) {
+    int line = 0;
+    try {
+      c.raise(line);
+      ADD_FAILURE() << c.form << ": nothing thrown";
+    } catch (XYLThrowable &e) {
+      EXPECT_EQ(c.type, typeid(e)) << c.form;
+      EXPECT_EQ(c.code, e.getErrorCode()) << c.form;
+      ASSERT_EQ(1u, e.getBackTrace().size()) << c.form;
+      EXPECT_EQ(0u, traceOf(e)[0].find(traceLine(line, e.getThrowableName(), "XYL_THROW"))) << c.form;
+      if (XYLException *x = dynamic_cast<XYLException *>(&e)) {
+        EXPECT_EQ(c.messages, x->getMessageCount()) << c.form;
+      }
+    }
+  }
+  EXPECT_EQ(1, calls);
 }
 
 TEST(XYLThrowableTest, ThrowAndTwoRethrowsLeaveThreeLinesInOrder) {

@@ -207,7 +207,7 @@ TEST_F(XYLMessageCatalogTest, ExceptionRenderingsWithAndWithoutTrace) {
 TEST_F(XYLMessageCatalogTest, RaisedExceptionsKeepTheirMessages) {
   xyltest::ScopedEnvironment catalogs("XYL_MSG_PATH", dir.path().c_str());
   XYLException e(3);
-  EXPECT_EQ(nullptr, e.getMessage());
+  EXPECT_STREQ("", e.getMessage());
   e << (message(1, {XYLMessageParm(1)}));
   try {
     XYL_THROW(e << (message(20, {XYLMessageParm(21UL, 1)})));

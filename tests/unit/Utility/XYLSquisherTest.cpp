@@ -200,6 +200,11 @@ TEST(XYLSquisherTest, SecondStepReportsZlibResults) {
   } cases[] = {
       {"corrupt stream", tokenOf(badHeader), Z_DATA_ERROR, "unchanged"},
       {"length field too small", tokenByHand(text, 9, 3), Z_BUF_ERROR, "unchanged"},
+      // Zlib inflates a destination of length 0 into a scratch byte: a length
+      // field of 0 must still refuse a stream holding any text.
+      {"length field 0, one byte", tokenByHand("x", 9, 0), Z_BUF_ERROR, "unchanged"},
+      {"length field 0, a text", tokenByHand(text, 9, 0), Z_BUF_ERROR, "unchanged"},
+      {"length field 0, empty text", tokenByHand("", 9, 0), Z_OK, ""},
       {"length field too large", tokenByHand(text, 9, 100), Z_OK, text}, // ends where the stream ends
   };
   for (const auto &c : cases) {

@@ -22,12 +22,14 @@
  * function first stores I18N_SUCCESS (0) there, and leaves a failure code
  * when the operation fails (a null error pointer is allowed: the code is
  * then lost). The codes: I18N_ALLOCATION_FAILURE -1 (an allocator callback
- * could not provide memory), I18N_NORMALIZATION_FAILURE -2,
+ * could not provide memory; the C heap counts as the callback of the
+ * variants without one), I18N_NORMALIZATION_FAILURE -2,
  * I18N_INVALID_ENCODING -3 (unknown encoding name), I18N_GENERAL_FAILURE -7
  * (anything else: an ICU failure, a resource not found, a static external
  * buffer that cannot grow, a null handle, memory exhaustion inside the
  * classes, any unexpected failure), I18N_BUFFER_TOO_SMALL -9 and
- * I18N_NEGATIVE_ALLOCATION_SIZE -10. No function throws or lets a C++
+ * I18N_NEGATIVE_ALLOCATION_SIZE -10 (a callback reported a negative size:
+ * handed on as the callback reported it). No function throws or lets a C++
  * exception escape.
  *
  * Results. Queries return their answer (offset, count, boolean, order) as

@@ -86,7 +86,7 @@ private:
 
   UCollator *m_pCollator;
   // True only when m_pCollator was made by cloning another collator.
-  bool m_ownsBuffer;
+  [[maybe_unused]] bool m_ownsBuffer;
 };
 
 #endif // XYLCORE_I18N_CPP_I18N_COLLATOR_H

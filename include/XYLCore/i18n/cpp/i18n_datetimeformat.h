@@ -5,7 +5,8 @@
  * A date-time format is created for a locale (the default locale, "en-us"
  * unless I18NInitialize set another) with that locale's medium date and
  * medium time pattern ("MMM d, y, h:mm:ss a" in English) and the time zone
- * "UTC". Patterns are ICU date patterns: unquoted ASCII letters are
+ * "UTC". Pattern, names and calendar are the Gregorian calendar's, also for
+ * a locale whose default calendar is another (ar-sa, th-th, fa-ir). Patterns are ICU date patterns: unquoted ASCII letters are
  * fields, text between apostrophes is literal, "''" is an apostrophe;
  * validate accepts a pattern whose every unquoted ASCII letter is a field
  * letter ICU knows and whose quotes are closed.

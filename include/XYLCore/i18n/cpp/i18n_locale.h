@@ -104,7 +104,7 @@ private:
   void lookup(const char *name);
 
   xI18NLocale *m_pLocale; // shared cache entry, not owned
-  void *m_reserved;
+  [[maybe_unused]] void *m_reserved;
 };
 
 #endif // XYLCORE_I18N_CPP_I18N_LOCALE_H

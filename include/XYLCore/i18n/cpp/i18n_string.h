@@ -40,7 +40,8 @@
  * set once at start-up.
  *
  * Throws: XYLOutOfMemoryError "The specified allocator callback failed to
- * allocate memory." (a callback returned null or reported an error) or
+ * allocate memory." (a callback returned null or reported an error; code
+ * -10 when it reported a negative size, else -1) or
  * "malloc failed to allocate memory." (C heap); I18NRuntimeError -2
  * "An error occured during string normalization." (normalisation), -7
  * "Cannot resize a static external buffer.", -7 "Resources access error,

@@ -53,7 +53,7 @@ TEST_F(I18NCInterfaceTest, StringCreationSurvivesEachAllocationFailing) {
         i18nStringFree(&s, &ignored);
         return made;
       },
-      I18N_GENERAL_FAILURE);
+      I18N_ALLOCATION_FAILURE);
 }
 
 TEST_F(I18NCInterfaceTest, ByteOutputReportsAllocationFailure) {

@@ -257,31 +257,46 @@ TEST(I18NConverterTest, EveryByteOfSingleByteCodePagesRoundTrips) {
 
 // ---- Caller buffers ------------------------------------------------------------------------
 
-TEST(I18NConverterTest, CallerBufferTooSmallReportsMinus9AndTheFullLength) {
-  I18NConverter converter("UTF-8");
-  unsigned short target[4];
-  I18NErrorCodes error = I18N_SUCCESS;
-  // 4 units need 10 bytes with the terminator.
-  EXPECT_EQ(8, converter.toUnicode("abcd", 4, target, 8, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-  EXPECT_EQ(6, converter.toUnicode("abc", 3, target, 8, &error));
-  EXPECT_EQ(I18N_SUCCESS, error);
-  EXPECT_EQ(0, target[3]);
-
-  char bytes[4];
-  const std::u16string text = u"\u00e9\u00e9";
-  EXPECT_EQ(4, converter.fromUnicode(reinterpret_cast<const unsigned short *>(text.data()), 4, bytes, 4, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-
-  // A UTF-16 target needs a two-byte terminator.
-  I18NConverter wide("utf-16");
-  char wideBytes[6];
-  EXPECT_EQ(4, wide.fromUnicode(reinterpret_cast<const unsigned short *>(u"ab"), -1, wideBytes, 5, &error));
-  EXPECT_EQ(I18N_BUFFER_TOO_SMALL, error);
-  EXPECT_EQ(4, wide.fromUnicode(reinterpret_cast<const unsigned short *>(u"ab"), -1, wideBytes, 6, &error));
-  EXPECT_EQ(I18N_SUCCESS, error);
-  EXPECT_EQ(0, wideBytes[4]);
-  EXPECT_EQ(0, wideBytes[5]);
+// A result that fits exactly is a success even with no room left for the
+// terminator (which follows only when room remains); -9 only when the
+// result itself does not fit, with the length of the whole result.
+TEST(I18NConverterTest, CallerBufferFitsExactlyOrReportsMinus9AndTheFullLength) {
+  struct Case {
+    const char *encoding;
+    const char *bytes;       // toUnicode source, or null for fromUnicode
+    const char16_t *unicode; // fromUnicode source
+    int capacity;            // target bytes
+    int length;
+    I18NErrorCodes error;
+    int terminator; // NUL bytes expected after the result
+  };
+  const Case cases[] = {
+      {"UTF-8", "abc", nullptr, 8, 6, I18N_SUCCESS, 2},
+      {"UTF-8", "abcd", nullptr, 8, 8, I18N_SUCCESS, 0},
+      {"UTF-8", "abcde", nullptr, 8, 10, I18N_BUFFER_TOO_SMALL, 0},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 5, 4, I18N_SUCCESS, 1},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 4, 4, I18N_SUCCESS, 0},
+      {"UTF-8", nullptr, u"\u00e9\u00e9", 3, 4, I18N_BUFFER_TOO_SMALL, 0},
+      {"utf-16", nullptr, u"ab", 6, 4, I18N_SUCCESS, 2},
+      {"utf-16", nullptr, u"ab", 4, 4, I18N_SUCCESS, 0},
+      {"utf-16", nullptr, u"ab", 3, 4, I18N_BUFFER_TOO_SMALL, 0},
+  };
+  for (const Case &c : cases) {
+    I18NConverter converter(c.encoding);
+    char target[16];
+    std::memset(target, '#', sizeof target);
+    I18NErrorCodes error = I18N_GENERAL_FAILURE;
+    int length = c.bytes != nullptr
+                     ? converter.toUnicode(c.bytes, -1, reinterpret_cast<unsigned short *>(target), c.capacity, &error)
+                     : converter.fromUnicode(reinterpret_cast<const unsigned short *>(c.unicode), -1, target,
+                                             c.capacity, &error);
+    const std::string what = std::string(c.encoding) + " capacity " + std::to_string(c.capacity);
+    EXPECT_EQ(c.length, length) << what;
+    EXPECT_EQ(c.error, error) << what;
+    for (int k = 0; k < c.terminator; ++k)
+      EXPECT_EQ(0, target[c.length + k]) << what;
+    EXPECT_EQ('#', target[c.capacity]) << what << ": wrote past the target";
+  }
 }
 
 TEST(I18NConverterTest, NegativeCapacityIsAGeneralFailure) {
@@ -835,38 +850,50 @@ std::vector<std::string> probePlatformDefault(const std::string &environment) {
 
 } // namespace
 
+// The effective setting (LC_ALL, then LC_CTYPE, then LANG; empty ones do not
+// count) decides. A code set it names counts whether or not that locale is
+// installed (none of these is); anything without one is UTF-8.
 TEST(I18NConverterPlatformDefaultTest, FollowsTheLocaleSettings) {
   struct Case {
     const char *environment;
-    const char *name;
     const char *normalized;
   } cases[] = {
-      {"LC_ALL=C", "US-ASCII", "ANSI_X3.4-1968"},
-      {"LANG=C", "US-ASCII", "ANSI_X3.4-1968"},
-      {"LC_ALL=POSIX", "US-ASCII", "ANSI_X3.4-1968"},
-      {"LC_ALL=C.UTF-8", "UTF-8", "UTF-8"},
-      {"LANG=C.UTF-8 LC_CTYPE=C", "US-ASCII", "ANSI_X3.4-1968"},
-      {"LC_ALL=xx_NOWHERE.FOO", "US-ASCII", "ANSI_X3.4-1968"}, // unknown locale: the C locale's set
-      {"", "US-ASCII", "ANSI_X3.4-1968"},
+      {"", "UTF-8"},
+      {"LC_ALL=C", "UTF-8"},
+      {"LANG=POSIX", "UTF-8"},
+      {"LC_ALL=C.UTF-8", "UTF-8"},
+      {"LANG=en_US.UTF-8", "UTF-8"},
+      {"LC_CTYPE=xx_YY.utf8", "UTF-8"},
+      {"LANG=fr_FR", "UTF-8"},
+      {"LANG=de_DE.ISO-8859-15", "ISO-8859-15"},
+      {"LANG=de_DE@euro", "ISO-8859-15"},
+      {"LANG=de_DE.UTF-8@euro", "UTF-8"},
+      {"LANG=ja_JP.SJIS", "Shift_JIS"},
+      {"LANG=de_DE.ISO-8859-15 LC_CTYPE=C", "UTF-8"},
+      {"LANG=C LC_CTYPE=de_DE.ISO-8859-15", "ISO-8859-15"},
+      {"LC_CTYPE=de_DE.ISO-8859-15 LC_ALL=pl_PL.ISO-8859-2", "ISO_8859-2:1987"},
+      {"LC_ALL= LC_CTYPE=de_DE.ISO-8859-15", "ISO-8859-15"},
   };
   for (const Case &c : cases) {
     const std::vector<std::string> lines = probePlatformDefault(c.environment);
     ASSERT_EQ(2u, lines.size()) << c.environment;
-    EXPECT_EQ(c.name, lines[0]) << c.environment;
-    EXPECT_EQ(c.normalized, lines[1]) << c.environment;
+    EXPECT_EQ(c.normalized, lines[1]) << c.environment << " (" << lines[0] << ")";
   }
 }
 
-TEST(I18NConverterPlatformDefaultTest, Latin1LocaleGivesISO88591) {
+TEST(I18NConverterPlatformDefaultTest, InstalledLocaleGivesItsCodeSet) {
   // The machine may have no Latin-1 locale installed: build one into a
-  // scratch directory when localedef can, else skip.
+  // scratch directory when localedef can, else skip. A name without a code
+  // set ("en_XX") is answered by the installed locale.
   i18ntest::ScratchDir dir;
-  const std::string target = dir.file("en_US.ISO-8859-1");
-  const std::string build = "localedef -i en_US -f ISO-8859-1 '" + target + "' >/dev/null 2>&1";
-  if (std::system(build.c_str()) != 0)
-    GTEST_SKIP() << "no Latin-1 locale available (localedef failed); skipped";
-  const std::vector<std::string> lines = probePlatformDefault("LOCPATH='" + dir.path() + "' LC_ALL=en_US.ISO-8859-1");
-  ASSERT_EQ(2u, lines.size());
-  EXPECT_EQ("ISO-8859-1", lines[0]);
-  EXPECT_EQ("ISO_8859-1:1987", lines[1]);
+  for (const char *name : {"en_US.ISO-8859-1", "en_XX"}) {
+    const std::string build = "localedef -i en_US -f ISO-8859-1 '" + dir.file(name) + "' >/dev/null 2>&1";
+    if (std::system(build.c_str()) != 0)
+      GTEST_SKIP() << "no Latin-1 locale available (localedef failed); skipped";
+    const std::vector<std::string> lines =
+        probePlatformDefault("LOCPATH='" + dir.path() + "' LC_ALL=" + std::string(name));
+    ASSERT_EQ(2u, lines.size());
+    EXPECT_EQ("ISO-8859-1", lines[0]) << name;
+    EXPECT_EQ("ISO_8859-1:1987", lines[1]) << name;
+  }
 }

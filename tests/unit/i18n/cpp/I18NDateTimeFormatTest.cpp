@@ -7,6 +7,8 @@
 #include <XYLCore/i18n/cpp/i18n_init.h>
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
+#include <unicode/udat.h>
 #include <unicode/unistr.h>
 
 #include <string>
@@ -31,6 +33,34 @@ TEST_F(I18NDateTimeFormatTest, DefaultPatternIsUtcAndAppends) {
   I18NString zone("stale", "UTF-8");
   en.getTimeZone(zone);
   EXPECT_EQ("UTC", text(zone));
+}
+
+// The default pattern, the names and the calendar are all Gregorian, also for
+// locales whose own calendar is another: the text must be ICU's own for
+// "<locale>@calendar=gregorian".
+TEST_F(I18NDateTimeFormatTest, DefaultFormatIsGregorianInEveryLocale) {
+  const char *const locales[] = {"ar-sa", "th-th", "fa-ir", "ps-af", "ar-eg", "he-il", "hi-in",
+                                 "ja-jp", "zh-tw", "zh-cn", "ko-kr", "en-us", "en-gb", "de-de",
+                                 "fr-fr", "es-es", "ru-ru", "pl-pl", "tr-tr", "pt-br"};
+  const double when = 1234567890123.0; // 2009-02-13 23:31:30 UTC
+  for (const char *name : locales) {
+    I18NLocale locale(name);
+    const std::string icuName = std::string(locale.getLocale().getName()) + "@calendar=gregorian";
+    UErrorCode status = U_ZERO_ERROR;
+    UDateFormat *peer = udat_open(UDAT_MEDIUM, UDAT_MEDIUM, icuName.c_str(), u"UTC", -1, nullptr, 0, &status);
+    ASSERT_TRUE(U_SUCCESS(status)) << icuName;
+    UChar expected[256], pattern[256];
+    int32_t length = udat_format(peer, when, expected, 256, nullptr, &status);
+    int32_t patternLength = udat_toPattern(peer, false, pattern, 256, &status);
+    udat_close(peer);
+    ASSERT_TRUE(U_SUCCESS(status)) << icuName;
+
+    I18NDateTimeFormat format(locale);
+    I18NString out, ours;
+    format.getPattern(ours);
+    EXPECT_EQ(text(I18NString(icu::UnicodeString(pattern, patternLength))), text(ours)) << icuName;
+    EXPECT_EQ(text(I18NString(icu::UnicodeString(expected, length))), text(format.format(when, out))) << icuName;
+  }
 }
 
 TEST_F(I18NDateTimeFormatTest, EpochInZones) {

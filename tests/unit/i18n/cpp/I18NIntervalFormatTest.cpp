@@ -134,7 +134,11 @@ TEST_F(I18NIntervalFormatTest, YearMonthIntervalsAndSigns) {
   } cases[] = {
       {"en", I18N_INTERVAL_FORMAT_LONG, ALL, 1, 2, " 1 year 2 months"},
       {"en", I18N_INTERVAL_FORMAT_LONG, ALL, 0, 1, " 0 years 1 month"},
-      {"en", I18N_INTERVAL_FORMAT_LONG, ALL, -1, 0, " -1 year 0 months"},
+      // The two classic forms give the singular for exactly 1 only; plural
+      // categories (ru) follow ICU's rules, which count the magnitude.
+      {"en", I18N_INTERVAL_FORMAT_LONG, ALL, -1, 0, " -1 years 0 months"},
+      {"de", I18N_INTERVAL_FORMAT_LONG, Y | MO, -1, 1, " -1 Jahre 1 Monat"},
+      {"ru", I18N_INTERVAL_FORMAT_LONG, Y, -1, 0, " -1 год"},
       {"de", I18N_INTERVAL_FORMAT_LONG, Y | MO, 1, 2, " 1 Jahr 2 Monate"},
       {"en", I18N_INTERVAL_FORMAT_LONG, D | H, 1, 2, ""},
       {"en", I18N_INTERVAL_FORMAT_SHORT, ALL, 3, 4, "3:04"},

@@ -75,7 +75,9 @@ TEST(I18NStringJapaneseTest, StepRunsOnlyUnderAnIbmJapaneseCodePage) {
       // EUC-JP resolves to a JIS table that maps these characters as
       // Unicode does: nothing to substitute.
       {haveEuc, locpath + "LC_ALL=ja_JP.EUC-JP", "euc-jp", kComposedOnly},
-      {true, "LC_ALL=C", "US-ASCII", kComposedOnly},
+      // A Shift_JIS code set counts even when no such locale is installed.
+      {true, "LANG=ja_JP.SJIS", "ibm-943", kTransliterated},
+      {true, "LC_ALL=C", "UTF-8", kComposedOnly},
       {true, "LC_ALL=C.UTF-8", "UTF-8", kComposedOnly},
   };
   int ran = 0;
