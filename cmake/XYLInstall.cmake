@@ -1,7 +1,14 @@
-# Installation: the library (with its SONAME) and headers are installed by
-# src/; this adds the CMake package, the pkg-config file and the data files
-# that the library finds beside itself (the internationalisation resources).
+# Installation: the library (shared with its SONAME, or static) and headers
+# are installed by src/; this adds the CMake package, the pkg-config file and
+# the data files that the library finds beside itself (the
+# internationalisation resources). Both variants install the same package.
 include(CMakePackageConfigHelpers)
+
+if(BUILD_SHARED_LIBS)
+  set(XYL_CONFIG_STATIC OFF)
+else()
+  set(XYL_CONFIG_STATIC ON)
+endif()
 
 set(XYL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/XYLCore)
 install(EXPORT XYLCoreTargets NAMESPACE XYLCore:: DESTINATION ${XYL_CMAKE_DIR})

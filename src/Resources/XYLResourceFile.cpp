@@ -80,6 +80,11 @@ std::vector<std::string> XYLResourceFactory::getCandidates(const char *name, con
     }
   }
   candidates.push_back(join(directory, file));
+  // A static build looks in its installed data directory last, unless the
+  // caller named a location.
+  const char *installed = i18n_os::getStaticDataDirectory();
+  if (installed != nullptr && (location == nullptr || *location == '\0') && directory != installed)
+    candidates.push_back(join(installed, file));
   return candidates;
 }
 

@@ -65,7 +65,8 @@
  *   XYL_DUMP_DIR      directory of the log and dump (default: the working
  *                     directory at that moment);
  *   XYL_DUMP_WRITER   path of XYLWriteDump (default: next to libXYLCore,
- *                     then ../bin/ from the library's directory).
+ *                     then ../bin/ from the library's directory; a static
+ *                     build then tries the installed library directory).
  *   Dump type 2 (or any type with bit 0x2) is a full-memory dump (every
  *   mapping, file-backed ones included); other types dump anonymous memory
  *   and ELF headers (the process's coredump_filter); 0xFFFF writes the

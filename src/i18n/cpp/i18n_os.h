@@ -18,6 +18,11 @@ const char *getEnvironment(const char *name);
 // cannot be found.
 bool getLibraryFileName(std::string &fileName);
 
+// The installed library directory of a static build, where its catalogs,
+// resource files and dump writer lie (a static library's own file is the
+// host's, which need not hold them); null in a shared build.
+const char *getStaticDataDirectory();
+
 // Whether `path` is a regular file this process may read.
 bool isReadableRegularFile(const char *path);
 
