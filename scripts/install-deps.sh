@@ -11,6 +11,7 @@ packages=(
   clang libclang-rt-14-dev clang-format
   libdw-dev gdb
   locales bsdutils
+  abigail-tools lintian doxygen
 )
 
 missing=()
