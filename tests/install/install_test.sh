@@ -43,7 +43,9 @@ test -e "$libdir/i18n_res.xml"
 test -x "$libdir/XYLWriteDump"
 test -e "$libdir/cmake/XYLCore/XYLCoreConfig.cmake"
 test -e "$prefix/include/XYLCore/i18n/c/i18n_c.h"
-"$prefix/bin/xyl" --help >/dev/null
+# The packaged tool relies on the system's library path, which the
+# unpacked root is not on.
+LD_LIBRARY_PATH=$libdir "$prefix/bin/xyl" --help >/dev/null
 
 run() { # run <label> <program>: the program must succeed and print its lines
   local out
