@@ -96,6 +96,7 @@ class XYL_API XYLWin32SEHHandler {
 public:
   enum Handler { HandlerNone = 0, HandlerDebugging = 1, HandlerTranslating = 2, HandlerDumpAndExit = 3 };
 
+  // The process-wide settings of the handler, as getSettings() reports them.
   struct Settings {
     int enabled;             // 1 when a valid mode was requested
     Handler handler;         // the active handler
