@@ -90,6 +90,16 @@ run pkg-config/cpp_host "$work/cpp_host"
 run pkg-config/c_host "$work/c_host"
 
 if [ $static = yes ]; then
+  # A static host's directory holds no resource file: the installed one is
+  # taken.
+  cat >"$work/probe.cpp" <<'PROBE'
+#include <XYLCore/i18n/cpp/i18n_init.h>
+#include <XYLCore/i18n/cpp/i18n_internalresources.h>
+#include <cstdio>
+int main() { return I18NInitialize() == 0 || std::puts(I18NInternalResources::getResourceFilePath()) < 0; }
+PROBE
+  g++ -std=c++17 "$work/probe.cpp" -o "$work/probe" $flags
+  expect_line probe "$work/probe" "$libdir/./i18n_res.xml"
   for host in "$work/cpp_host" "$work/c_host" "$work/cmake/cpp_host"; do
     if ldd "$host" | grep -q libXYLCore; then
       echo "$host: linked against the shared library"

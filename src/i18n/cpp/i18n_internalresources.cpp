@@ -49,22 +49,6 @@ const char *I18NInternalResources::getResourceFilePath() {
   return gPathsDone.load(std::memory_order_acquire) != 0 ? gResourceFilePath->c_str() : "";
 }
 
-namespace {
-
-// A static library's "own file" is its host: when the host's directory holds
-// no resource file, the installed data directory takes its place.
-void useStaticDataDirectory(std::string &directory) {
-  const char *installed = i18n_os::getStaticDataDirectory();
-  if (installed == nullptr)
-    return;
-  std::string beside = directory;
-  XYLFmDir::joinPath(beside, kResourceFileName);
-  if (!i18n_os::isReadableRegularFile(beside.c_str()))
-    directory = installed;
-}
-
-} // namespace
-
 void I18NInternalResources::lookupRoot() {
   std::string &directory = *gBinaryDirectory;
   if (!directory.empty())
@@ -89,10 +73,8 @@ void I18NInternalResources::lookupRoot() {
     return;
   directory.assign(fileName, 0, cut);
   u_setDataDirectory(directory.c_str());
-  if (!directory.empty()) {
-    useStaticDataDirectory(directory);
+  if (!directory.empty())
     return;
-  }
   // Only a name whose one separator is its first character gets here.
   if (i18n_os::isReadableRegularFile("../configuration/qorstartup.xml")) {
     directory = "../bin";

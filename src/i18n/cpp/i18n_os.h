@@ -15,7 +15,9 @@ inline bool isSeparator(char c) { return c == '/'; }
 const char *getEnvironment(const char *name);
 
 // The full file name of the library's own shared object; false when it
-// cannot be found.
+// cannot be found. In a static build, whose code lives in the host program,
+// a file in the installed data directory when the host's directory holds no
+// resource file (i18n_res.xml).
 bool getLibraryFileName(std::string &fileName);
 
 // The installed library directory of a static build, where its catalogs,
