@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installation: the library (shared with its SONAME, or static) and headers
 # are installed by src/; this adds the CMake package, the pkg-config file and
 # the data files that the library finds beside itself (the

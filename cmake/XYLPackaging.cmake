@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian packages: `cpack -G DEB` in a build folder configured with
 # -DCMAKE_INSTALL_PREFIX=/usr (scripts/package.sh does it all) makes
 #   libxylcore1     the library, its catalogs, resource files and dump writer;

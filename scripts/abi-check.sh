@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # abi-check.sh [--update] <build-dir>: compares the ABI of the built
 # libXYLCore.so with the committed description abi/libXYLCore.abi (abigail-
 # tools' abidw/abidiff), and fails on any difference.

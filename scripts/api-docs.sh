@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # api-docs.sh [output-dir]: builds the HTML API reference from the public
 # headers with doxygen (default output: build/api/html) and fails on any
 # doxygen warning but one kind (see below).

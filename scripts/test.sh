@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Installs what is missing, then builds and runs every test three times:
 #   1. a normal build: unit, C-API, tool and fuzz-corpus tests, and one short
 #      smoke run of every benchmark;

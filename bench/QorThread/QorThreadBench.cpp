@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The thread layer's hot paths beside their pthreads and std peers: mutex
 // lock+unlock (both kinds), a read/write-lock read pair, and semaphore and
 // event ping-pong between two threads.

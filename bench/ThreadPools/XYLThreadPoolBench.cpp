@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Thread pools against a minimal std::thread + std::condition_variable pool:
 // throughput of trivial tasks through a queued pool with two workers, and
 // the hand-off latency from execute to the start of the task on an idle

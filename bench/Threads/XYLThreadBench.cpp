@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The thread classes against their usual peers: uncontended lock+unlock of
 // XYLThreadCriticalSection and XYLThreadMutex against std::mutex, a read
 // lock+unlock of XYLThreadRWLock against pthread_rwlock_t, and a ping-pong

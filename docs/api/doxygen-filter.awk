@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Doxygen input filter for the public headers: the headers document
 # themselves in plain comments (a banner that states the contract, then a
 # "//" comment above each operation). This makes doxygen read them:

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # install_test.sh <build-dir | folder of .deb files> <source-dir>
 #
 # Installs XYLCore and builds the two example hosts against what was

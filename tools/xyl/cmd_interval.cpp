@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl interval [--locale L] [--style short|long] [--ym YEARS MONTHS |
 // DAYS HOURS MINUTES SECONDS MILLIS]: a duration given on the command line,
 // written in a locale's words (long) or digits (short), every unit shown.

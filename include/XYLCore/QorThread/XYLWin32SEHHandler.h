@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLWin32SEHHandler.h - the fault handler: hardware faults (access
  * violation, division by zero, stack overflow, ...) become XYLWin32SEHError,
  * or a crash report and dump followed by an immediate exit.

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLResourceFile.h - message catalogs: binary ".bmf" files that map a
  * 32-bit message number to a UTF-8 text.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // xylsehandler_record.h - the fault record: what the signal handler leaves
 // on its own stack for the dump writer (tools/xyldumpwriter), which finds it
 // through the address on its command line and reads it, and writes the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code page converters: I18NConverter over one ICU converter, the library's
 // unconvertible-sequence callbacks, the three converter pools and the
 // platform default encoding.

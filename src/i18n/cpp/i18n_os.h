@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the few operating-system services the internationalisation layer
 // needs. One implementation per OS (posix/i18n_os_posix.inc).
 #ifndef XYLCORE_SRC_I18N_CPP_I18N_OS_H

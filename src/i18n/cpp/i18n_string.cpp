@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: construction, memory, the two modes, queries and modification.
 // Searching, LIKE patterns, normalisation, byte output and external buffers
 // live in the companion i18n_string_*.cpp files; every raise of the class

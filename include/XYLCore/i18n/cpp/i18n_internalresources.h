@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_internalresources.h - the installation root, the resource file and
  * the tables the internationalisation classes read from it.
  *
