@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # One helper per target kind, so that every area's CMakeLists.txt is a plain
 # explicit list of files.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # XYL_SANITIZE=address builds everything under AddressSanitizer and
 # UndefinedBehaviorSanitizer; XYL_SANITIZE=thread under ThreadSanitizer.
 if(XYL_SANITIZE STREQUAL "address")

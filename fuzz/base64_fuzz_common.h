@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // The checks shared by the two Base64 fuzz targets. Any input is accepted:
 // codes 0, 1 and 2 are documented outcomes; a write past strlen + 1, a wrong
 // terminator or a failed round trip aborts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: standard Base64 decoding of arbitrary text, and round trips.
 #include <XYLCore/Utility/xylbase64.h>
 

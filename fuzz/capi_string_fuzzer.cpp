@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // C interface fuzz target: the input is a program of calls on four string
 // slots, one iterator and one UTF-16 buffer, with arbitrary handles (a slot
 // may be empty, and slot 4 is always null), lengths, offsets and counts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: the catalog reader. The input is written to a scratch file
 // and opened in both loading modes; a malformed catalog must be rejected or
 // leave entries missing, and every text handed out must lie in the reader's

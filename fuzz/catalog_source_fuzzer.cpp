@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: the catalog source parser. Any bytes either fail with a line
 // number or parse; a parsed source must compile, and printing its entries
 // back in the source format must parse to the same entries.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: bytes through a converter under every unconvertible-sequence
 // mode. Byte 0 picks the encoding, byte 1 the input and output modes, byte 2
 // the chunk size of the stream form; the rest is the input. Each form must

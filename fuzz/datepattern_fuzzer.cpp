@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: date-time patterns. The input is a pattern, optionally
 // followed by a newline and a time zone name. Validation, setPattern, zone
 // changes and formatting must end in a result or a documented

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Type names arrive from outside (XML schemas, SQL column descriptions): the
 // input is looked up as a name in every family, and its first bytes as a code.
 // Every answer must be consistent with the tables; an inconsistency aborts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Option scanner fuzz target. The input is split at line feeds: the first
 // line is the option string, every further line one argument after the
 // program name (at most 64). getOpt runs until it reports the end. The

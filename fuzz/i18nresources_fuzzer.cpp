@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: the internationalisation resource file. The input is written
 // to a scratch file and read as the resource file; a malformed file must be
 // reported and ignored, and every table query must still answer.

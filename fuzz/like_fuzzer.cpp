@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SQL LIKE fuzz target. The first byte chooses the escape code point (0:
 // none, else one of a few characters, regular-expression metacharacters
 // among them); the rest is split at the first zero byte into the pattern and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: locale names. Any byte string is a name; building the locale
 // and every query on it must end in a result, never a crash or an escaping
 // exception other than the library's documented errors.

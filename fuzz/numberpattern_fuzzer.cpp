@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: numeric format patterns and digit buffers. The input is a
 // pattern, optionally followed by a newline and a digit buffer. Validation,
 // setPattern and formatting must end in a result or a documented

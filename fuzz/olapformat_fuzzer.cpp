@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: OLAP number format strings. Any UTF-8 text goes through the
 // converter; a converted text must then compile as a numeric format and
 // format a few values. A documented I18NRuntimeError is fine; a crash, a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs every file below the given directories (or the given files) once
 // through LLVMFuzzerTestOneInput. A crash, a sanitizer report or an escaping
 // exception fails the run; documented error results do not.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: the values the installation-root lookup reads from outside:
 // QOR_EXEC_PATH / QOR_ROOT and the first line of ./qorroot.link. Byte 0
 // picks the source; the rest is the value. The lookup must always end with

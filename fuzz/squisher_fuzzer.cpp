@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzz target: squisher tokens. The input is unsquished in the two C steps
 // with an output of exactly the reported size, and the state's block is
 // released on every path (the first step leaves it to the caller when it

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes-to-string fuzz target. The first byte chooses the encoding (low
 // four bits) and the converter's unconvertible-input mode (next three bits,
 // taken modulo 5); the rest is the text. A documented I18NRuntimeError is an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tokenizer fuzz target. The first byte chooses the delimiters: its low three
 // bits give how many of the following bytes form the delimiter set, and its
 // top bit selects the default (white-space) set instead. The rest is the text.

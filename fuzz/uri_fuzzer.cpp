@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // URI decoding fuzz target. The first byte chooses the encoding (low two
 // bits) and the converter's unconvertible-input mode (next three bits, modulo
 // 5); the rest, up to its first zero byte, is the escaped text. A documented

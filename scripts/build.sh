@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # build.sh <build-dir> [cmake options...]: configures and builds XYLCore.
 # Uses ccache when it is installed, so that rebuilds and sibling checkouts
 # under the same parent folder share their objects.

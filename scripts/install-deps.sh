@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Installs what building, testing and benchmarking XYLCore needs on Debian 12.
 # Run as root. Does nothing when every package is already there.
 set -euo pipefail
@@ -11,6 +12,7 @@ packages=(
   clang libclang-rt-14-dev clang-format
   libdw-dev gdb
   locales bsdutils time
+  abigail-tools lintian doxygen
 )
 
 missing=()

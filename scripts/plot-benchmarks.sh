@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # plot-benchmarks.sh: redraws the charts of docs/performance.md (docs/img/*.png)
 # from the figures kept in docs/data/*.dat. The PNGs are committed; run this
 # after changing a .dat file. Needs gnuplot: apt-get install gnuplot-nox

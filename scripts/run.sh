@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The main job: install what is missing, build, and run the `xyl` tool's tour.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)

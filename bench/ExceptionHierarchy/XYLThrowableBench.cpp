@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Raising and catching: XYL_THROW of an XYLRuntimeError with a message
 // against throwing a std::runtime_error with the same message.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential reads and writes of a 64 MiB file in 1 MiB pieces: XYLFmFile
 // against plain open/read/write/close on the same file.
 #include <XYLCore/FileManagement/XYLFmFile.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Creating and releasing a pooled object: XYLObjectFactory against new and
 // delete of the same class, on one and two threads. The counter
 // "allocs_per_op" counts global allocations inside the timed loop; the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Catalog lookup (whole-file loading) against std::lower_bound over the same
 // (number, text) pairs held in a sorted std::vector. Both return the text as
 // a std::string, as XYLResourceFile::getResource does.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLByteBuffer against std::string: many small appends, and integers
 // streamed as decimal text (std::to_chars for the string).
 #include <XYLCore/Types/XYLByteBuffer.h>

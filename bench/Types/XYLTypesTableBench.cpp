@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Name lookups of XYLDBTypes against standard maps holding the same names,
 // and XYLVariant's string round trip against std::variant.
 #include <XYLCore/Types/XYLDBTypes.h>

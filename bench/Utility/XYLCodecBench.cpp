@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codecs against their peers: CRC-32 against ISA-L's crc32_gzip_refl (zlib for
 // reference), Base64 against APR, the squisher round trip
 // against zlib's compress2 (level 9) plus uncompress.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Set-up shared by the internationalisation benchmarks: including this
 // header initialises the layer for the whole run, as in a server (prototypes
 // and pools exist). One extra thread is started first: glibc skips atomics

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The cost of the C interface's frame: i18nStringFindString against the
 // I18NString::find it wraps, on the same strings (an ASCII haystack of 1 KiB
 // with the needle at its end, and a short Unicode-mode one). The difference

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NCollator::collate of two already-normalised strings against
 // ucol_strcoll on the same UTF-16 data, for German and Japanese word pairs;
 // and I18NBidi's visual string of a mixed line against ubidi_writeReordered.

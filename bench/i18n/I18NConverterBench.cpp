@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Converter benchmarks, each beside its ICU peer: a pooled converter taken
 // and returned vs ucnv_open + ucnv_close of the same encoding; opening and
 // cloning windows-1252; UTF-8 to UTF-16 through a converter vs ICU's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NIntervalFormat's long style (days, hours, minutes, seconds with their
 // words) against ICU's MeasureFormat writing the same four measures in its
 // wide form, for English (built-in words) and Russian (plural categories).

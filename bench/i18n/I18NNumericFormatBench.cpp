@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numeric format benchmarks beside their ICU peer: one double formatted by a
 // cached I18NNumericFormat into an I18NString vs the same format's
 // icu::DecimalFormat into a UnicodeString (both cleared each round); the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString benchmarks, each beside its peer in the same binary:
 //  - construction from ASCII bytes vs std::string and icu::UnicodeString::fromUTF8;
 //  - the ASCII test of 1 MiB vs a byte-at-a-time loop;

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The flat C interface: handles, error codes last, Free of null is harmless. */
 #include <XYLCore/i18n/c/i18n_c.h>
 #include <stdio.h>

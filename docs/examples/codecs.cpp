@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Byte buffer, Base64, CRC-32 and the squisher token.
 #include <XYLCore/Types/XYLByteBuffer.h>
 #include <XYLCore/Utility/XYLUtCrc32.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mode 1 of the fault handler: a bad memory access becomes XYLWin32SEHError.
 // Build code that should translate faults with -fnon-call-exceptions.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Raise, trace, rethrow and render the library's throwables and messages.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/ExceptionHierarchy/XYLException.h>

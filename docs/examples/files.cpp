@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file in a fresh temporary directory: write, lock, read back, clean up.
 #include <XYLCore/FileLock/XYLFileLockRW.h>
 #include <XYLCore/FileManagement/XYLFmDir.h>

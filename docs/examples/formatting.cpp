@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Durations, collation and visual order for a user's locale.
 #include <XYLCore/i18n/cpp/i18n_bidi.h>
 #include <XYLCore/i18n/cpp/i18n_collator.h>

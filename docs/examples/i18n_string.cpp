@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes in a client's encoding become an I18NString; find, convert back.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/i18n/cpp/i18n_init.h>

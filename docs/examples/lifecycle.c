@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Start and stop the library from C; query its version and byte order. */
 #include <XYLCore/Core/xylcore.h>
 #include <stdio.h>

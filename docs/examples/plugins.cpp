@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Objects by class identifier, pooled and reused; a plug-in loaded by path.
 #include <XYLCore/ObjectFactory/XYLObjectFactory.h>
 #include <XYLCore/PlugIns/XYLPluginException.h>

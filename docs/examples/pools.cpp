@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A queued pool runs tasks; a custodian task does periodic housekeeping.
 #include <XYLCore/Core/xylcore.h>
 #include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The five-line example of the README, kept compiling.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Types/XYLByteBuffer.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two threads count under one lock; an event tells main when both are done.
 #include <XYLCore/Core/xylcore.h>
 #include <XYLCore/Threads/XYLThread.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A C host of XYLCore: only the C interfaces. It starts the library, turns
  * bytes into a string handle, searches it, converts it to another encoding,
  * orders two words for a German reader, encodes bytes as Base64, and shows

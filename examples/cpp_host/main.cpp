@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A C++ host of XYLCore: it starts the library, turns incoming bytes into
 // text, orders names the way a German reader expects, formats a duration,
 // runs work on a pool, and raises, catches and logs a failure that carries a

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLExport.h - the export macro and C linkage helpers of libXYLCore.
  *
  * The library is built with hidden visibility; exactly the declarations

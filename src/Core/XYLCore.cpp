@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's plain C entry points. Only OS-independent code lives here;
 // the batch-mode backend is included from posix/ at the end.
 #include <XYLCore/Core/xylcore.h>

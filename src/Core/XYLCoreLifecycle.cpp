@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counted start and stop of the whole library: the thread layer, the thread
 // classes and the custodian, in that order, and back.
 #include <XYLCore/Core/xylcore.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/ExceptionHierarchy/XYLException.h>
 #include <XYLCore/Utility/XYLUtMemory.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>

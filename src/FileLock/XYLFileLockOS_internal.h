@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLFileLockOS_internal.h - the operating-system services of the file
 // locks: whole-file locks that belong to an open file. Implemented once per
 // OS (posix/XYLFileLockRW_posix.inc). A failure returns false and leaves the

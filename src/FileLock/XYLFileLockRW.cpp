@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLFileLockRW: whole-file reader/writer locks. Only OS-independent code
 // lives here; the services of posix/XYLFileLockRW_posix.inc are included at
 // the end.

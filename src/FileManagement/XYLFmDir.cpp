@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLFmDir: path functions, directory and temporary-file operations, and the
 // I18NString conversions of the file classes. Only OS-independent code lives
 // here; the services of posix/XYLFmDir_posix.inc are included at the end.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLFmFile: file access with 32-bit offsets, and the error texts both file
 // classes share. Only OS-independent code lives here; the services of
 // posix/XYLFmFile_posix.inc are included at the end.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLFmFile64: file access with 64-bit offsets; the operations it shares
 // with XYLFmFile are in XYLFmFileOps_internal.h.
 #include <XYLCore/FileManagement/XYLFmFile64.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLFmFileOps_internal.h - the operations XYLFmFile and XYLFmFile64 share,
 // over the state each keeps (descriptor, standard-stream flag, last error).
 //

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLFmOS_internal.h - the operating-system services of the file and
 // directory classes.
 //

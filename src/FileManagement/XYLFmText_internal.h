@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLFmText_internal.h - paths and texts between I18NString and the bytes
 // of the platform default encoding, for the I18NString forms of the file
 // and directory classes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLMiniLogger: one formatted write and one flush per entry.
 #include <XYLCore/Logging/XYLMiniLogger.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLMessage and XYLMessageFile: catalog lookup and ICU message formatting.
 #include <XYLCore/Messages/XYLMessage.h>
 #include <XYLCore/Resources/XYLResourceFile.h>

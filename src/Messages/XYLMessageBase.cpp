@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLMessageBase and the messages without a catalog number.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Messages/XYLMessageBase.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Text helpers shared by the message classes (internal).
 #ifndef XYLCORE_SRC_MESSAGES_XYLMESSAGETEXT_H
 #define XYLCORE_SRC_MESSAGES_XYLMESSAGETEXT_H

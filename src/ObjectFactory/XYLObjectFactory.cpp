@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLObjectFactory and XYLObjectFactoryItem: creation by class identifier
 // with per-class pools of released objects.
 #include <XYLCore/ObjectFactory/XYLObjectFactory.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLPluginLibraryLoader: plug-in libraries loaded by path. Only
 // OS-independent code lives here; the services of
 // posix/XYLPluginLibraryLoader_posix.inc are included at the end.

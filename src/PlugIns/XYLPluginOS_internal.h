@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLPluginOS_internal.h - the operating-system services of the plug-in
 // loader, implemented once per OS (posix/XYLPluginLibraryLoader_posix.inc).
 #ifndef XYLCORE_SRC_PLUGINS_XYLPLUGINOS_INTERNAL_H

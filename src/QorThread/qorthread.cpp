@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qorthread.cpp - the thread layer's operating-system-independent part only:
 // attribute scanning, status names, state changes and traps, trace
 // composition, and the record logic of every object kind. The operating

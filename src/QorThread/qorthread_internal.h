@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // qorthread_internal.h - private to the thread layer: the records behind the
 // opaque handles of qorthread.h and the short list of functions that every
 // operating-system backend defines (posix/qorthread_posix.inc on Linux).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xylsehandler.cpp - the fault handler's operating-system-independent part
 // only: reading XYL_HWE_ABORT, the exception table, the settings and the
 // debugging banner. Catching faults, reports and dumps come from the backend

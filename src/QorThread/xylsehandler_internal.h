@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // xylsehandler_internal.h - private to the fault handler: the hook that the
 // thread layer's process initialisation calls, and a bounded text builder
 // that the signal handler uses instead of the stdio formatters.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Resources/XYLCatalogCompiler.h"
 #include "Utility/XYLUtHex_internal.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the catalog source format and the ".bmf" writer, shared by the
 // library (exported for `xyl msgc`, `xyl msgdump`, tests and the fuzzer) and
 // the build-time compiler of the library's own catalog. Plain standard C++:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Resources/XYLCatalogReader.h"
 
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

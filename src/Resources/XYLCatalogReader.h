@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the reader of one ".bmf" catalog file, apart from the path
 // lookup so that tests, the fuzzer and `xyl msgdump` can drive it on any
 // file. Exported for them only; not installed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Resources/XYLResourceFile.h>
 
@@ -96,6 +97,11 @@ std::vector<std::string> candidatesFor(const char *name, const char *location, c
     }
   }
   candidates.push_back(join(directory, file));
+  // A static build looks in its installed data directory last, unless the
+  // caller named a location.
+  const char *installed = i18n_os::getStaticDataDirectory();
+  if (installed != nullptr && (location == nullptr || *location == '\0') && directory != installed)
+    candidates.push_back(join(installed, file));
   return candidates;
 }
 } // namespace

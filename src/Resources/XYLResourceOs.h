@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the operating-system services of the catalog lookup. One
 // implementation per OS (posix/XYLResourceOsPosix.cpp).
 #ifndef XYLCORE_SRC_RESOURCES_XYLRESOURCEOS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLSentinelQueue: a guarded list counted by semaphores.
 #include <XYLCore/ThreadPools/XYLSentinelQueue.h>
 

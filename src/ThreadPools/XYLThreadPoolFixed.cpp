@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLThreadPoolFixed: idle workers wait in a queue; execute takes one and
 // hands it the task through the worker's private queue.
 #include <XYLCore/ThreadPools/XYLThreadPoolFixed.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLThreadPoolQueued: workers take tasks from one shared sentinel queue,
 // looking at it at least every POLL_INTERVAL milliseconds.
 #include <XYLCore/ThreadPools/XYLThreadPoolQueued.h>

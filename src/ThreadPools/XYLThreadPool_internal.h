@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLThreadPool_internal.h - what the fixed and queued pools share: starting
 // their workers and waiting for one before it goes away.
 //

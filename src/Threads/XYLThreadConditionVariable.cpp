@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Threads/XYLThreadConditionVariable.h>
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/Threads/XYLThreadMutex.h>

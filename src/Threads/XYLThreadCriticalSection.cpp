@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
 
 #include "XYLThreadStatus_internal.h"

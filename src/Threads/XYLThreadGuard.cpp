@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Threads/XYLThreadGuard.h>
 
 XYLThreadGuard::XYLThreadGuard(XYLThreadLockableResource &resource) : m_resource(resource) { m_resource.lock(); }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Threads/XYLThreadRWGuard.h>
 
 XYLThreadRWGuard::XYLThreadRWGuard(XYLThreadRWLockableResource &resource, int read) : m_resource(resource) {

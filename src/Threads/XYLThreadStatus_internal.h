@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private to Threads/: turns thread layer status codes into the library's
 // exceptions. Every raise takes the caller's XYL_HERE, so the back trace
 // names the class's own source file and line.

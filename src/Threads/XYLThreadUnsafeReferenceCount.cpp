@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Threads/XYLThreadUnsafeReferenceCount.h>
 
 XYLThreadUnsafeReferenceCount::XYLThreadUnsafeReferenceCount() : m_iCount(0) {}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The squisher for C++ callers: operator new[] results over the C functions.
 #include <XYLCore/Utility/XYLSquisher.h>
 

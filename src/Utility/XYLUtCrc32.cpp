@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CRC-32 of the reflected polynomial 0xEDB88320. Short buffers run through the
 // byte table; longer ones through ISA-L, which folds with carry-less
 // multiplication (the widest the processor has, chosen once at run time).

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLUtHex_internal.h - the value of one hexadecimal digit, for the library's
 // own decoders (catalog escapes, URI percent escapes).
 #ifndef XYLCORE_SRC_UTILITY_XYLUTHEX_INTERNAL_H

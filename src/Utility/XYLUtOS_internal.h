@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // XYLUtOS_internal.h - the operating-system services of the small utilities.
 //
 // Each function is implemented once per OS (posix/*.inc, included at the end

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OS-independent part of the system queries; the services are in
 // posix/XYLUtSystemInfo_posix.inc.
 #include "ExceptionHierarchy/XYLStdMemory_internal.h"

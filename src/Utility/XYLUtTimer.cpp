@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OS-independent part of the timers; the clocks are in posix/XYLUtTimer_posix.inc.
 #include "XYLUtOS_internal.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Base64 codecs of both alphabets. Every table is built at compile time from
 // the alphabet, so the two families cannot drift apart.
 #include <XYLCore/Utility/xylbase64.h>

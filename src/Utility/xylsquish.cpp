@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The squisher's C functions: header, checksum, zlib stream, Base64URL.
 #include <XYLCore/Utility/xylsquish.h>
 

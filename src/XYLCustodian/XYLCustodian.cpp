@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLCustodian: the singleton housekeeping thread.
 #include <XYLCore/XYLCustodian/XYLCustodian.h>
 

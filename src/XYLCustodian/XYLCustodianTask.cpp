@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLCustodianTask: the abstract periodic task.
 #include <XYLCore/XYLCustodian/XYLCustodianTask.h>
 

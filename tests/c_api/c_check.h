@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* c_check.h: the one assertion of the C test programs. A failed CHECK is
  * reported with its place and counted; main returns nonzero when any
  * failed. */

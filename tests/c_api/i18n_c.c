@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * The internationalisation layer's C interface used from C: every family
  * through handles, allocator callbacks and error codes. Exits 0 when every
  * answer is as documented.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The C interface's header alone, compiled as C89. */
 #include <XYLCore/i18n/c/i18n_c.h>
 

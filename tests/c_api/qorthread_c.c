@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * The thread layer's header compiled as C, and a short C program over it:
  * a thread, a mutex, a semaphore, an event and a variadic attribute list.
  * Exits 0 when every answer is as documented.

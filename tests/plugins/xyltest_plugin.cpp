@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A plug-in library for the loader and factory tests: a start and a stop
 // routine that record what ran, and one pooled item class whose creator the
 // host registers with its object factory.

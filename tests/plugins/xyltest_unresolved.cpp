@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A plug-in library that needs a symbol nothing provides: loading it must
 // fail, since the loader binds every symbol at load time.
 extern "C" void xyltestSymbolNobodyDefines();

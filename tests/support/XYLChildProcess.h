@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only helpers for tests that need a second process or a changed
 // environment: run a body in a forked child (optionally without root's
 // privileges) and collect its report, and set an environment variable for

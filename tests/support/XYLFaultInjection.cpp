@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "XYLFaultInjection.h"
 
 // Allocation-failure tests ask for impossible sizes on purpose; under

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only helpers that drive the library's allocation seam.
 #ifndef XYLCORE_TESTS_SUPPORT_XYLFAULTINJECTION_H
 #define XYLCORE_TESTS_SUPPORT_XYLFAULTINJECTION_H

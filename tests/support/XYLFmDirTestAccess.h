@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only access to XYLFmDir's process-wide effective working and
 // temporary directories, and a scratch directory that removes itself.
 #ifndef XYLCORE_TESTS_SUPPORT_XYLFMDIRTESTACCESS_H

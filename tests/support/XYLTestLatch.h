@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only ordering helpers for concurrency tests: a count-down latch and a
 // gate, built on the standard library so that they do not depend on the
 // thread classes under test. Waits are bounded so that a broken test fails

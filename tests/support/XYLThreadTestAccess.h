@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only access to XYLThread's private static operations (the key that
 // maps threads to their objects, and the at-exit routine).
 #ifndef XYLCORE_TESTS_SUPPORT_XYLTHREADTESTACCESS_H

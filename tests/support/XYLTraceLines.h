@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only access to a throwable's back-trace lines as strings.
 #ifndef XYLCORE_TESTS_SUPPORT_XYLTRACELINES_H
 #define XYLCORE_TESTS_SUPPORT_XYLTRACELINES_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # xyl_cli_test.sh <path-to-xyl>: each case runs one command line with a given
 # standard input and compares standard output and the exit code.
 set -u

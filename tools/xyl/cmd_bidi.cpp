@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl bidi [FILE...]: each line of the files (or of standard input; UTF-8)
 // in visual order.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl base64 | squish | unsquish | crc32: files (or standard input) to
 // standard output through the library's codecs.
 //

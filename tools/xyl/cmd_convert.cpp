@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl convert --from ENC --to ENC [--mode M] [FILE...] and
 // xyl normalize --form F [FILE...]: files (or standard input) to standard
 // output through the library's converters and normalisation, a chunk at a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl crash: makes a real fault under the fault handler, to show what each
 // XYL_HWE_ABORT mode does with it.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl demo: a short tour of what the library offers, each step printing
 // what it did.
 #include "xyl_commands.h"

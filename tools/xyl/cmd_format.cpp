@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl format-number [--locale L] [--pattern P] VALUE... and
 // xyl format-date [--locale L] [--pattern P] [--zone Z] EPOCH_MS...: each
 // value on its own line, formatted for a locale (default en-us). Without

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl interval [--locale L] [--style short|long] [--ym] [NUMBER...]: a
 // duration (YEARS MONTHS with --ym, else DAYS HOURS MINUTES SECONDS MILLIS)
 // given on the command line, or one per line of standard input, written in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl msgc | msgdump: compile a message catalog source into a ".bmf" file,
 // and print a catalog back in the source format.
 #include "xyl_commands.h"

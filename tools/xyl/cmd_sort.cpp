@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl sort --locale L [--level N] [FILE...]: the lines of the files (or of
 // standard input; UTF-8) in the collation order of a locale, written
 // unchanged to standard output.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // xyl: the command-line front end of libXYLCore.
 //
 //   xyl <command> [options] [arguments]

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // The commands of the `xyl` tool. Each takes its own argument vector
 // (argv[0] is "xyl <command>") and returns the process exit code.
 #ifndef XYL_TOOL_COMMANDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "xyl_io.h"
 #include "xyl_commands.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Shared plumbing of the `xyl` tool's commands: options, inputs, output,
 // the progress line and the internationalisation session.
 //

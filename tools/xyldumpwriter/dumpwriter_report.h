@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // dumpwriter_report.h - the texts the dump writer produces from a fault
 // record: the stack report (also the message of XYLWin32SEHError) and the
 // register dump that follows it in the log. Pure functions over the record

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLWriteDump: the external dump writer that libXYLCore's fault handler
 // starts when a thread faults.
 //

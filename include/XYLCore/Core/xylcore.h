@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * xylcore.h - the library's plain C entry points: counted start and stop,
  * API version and compatibility, the out-of-memory hook, batch mode, and
  * byte order.

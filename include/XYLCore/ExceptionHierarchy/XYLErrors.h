@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLErrors.h - every class of the library's exception tree in one include.
  */
 #ifndef XYLCORE_EXCEPTIONHIERARCHY_XYLERRORS_H

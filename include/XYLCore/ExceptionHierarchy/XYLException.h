@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLException.h - recoverable conditions, carrying a set of catalog
  * messages.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThrowable.h - the root of the library's exception tree and the raising
  * macros.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLFileLockRW.h - whole-file reader/writer locks on an open XYLFmFile.
  *
  * Contract: every operation locks or unlocks the whole file (from offset 0

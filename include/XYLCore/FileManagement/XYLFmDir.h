@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLFmDir.h - static path, directory and temporary-file operations.
  *
  * XYLFmDir is a set of static operations: the root prefix of a path, joining

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLFmFile.h - handle-based file access with 32-bit offsets.
  *
  * XYLFmFile opens a file by path (or takes one of the process's standard

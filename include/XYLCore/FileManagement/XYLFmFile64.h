@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLFmFile64.h - handle-based file access with 64-bit offsets.
  *
  * The same operations, modes and error reporting as XYLFmFile (see

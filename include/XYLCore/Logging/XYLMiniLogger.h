@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMiniLogger.h - a last-resort append-only text log.
  *
  * This header defines XYLMiniLogger, a log that needs nothing but the file

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessage.h - catalog messages: a message number and parameters looked
  * up in a named message catalog.
  *

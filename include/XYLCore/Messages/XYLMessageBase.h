@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessageBase.h - the root of the message classes.
  *
  * A message is a localisable piece of diagnostic text with a severity and a

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessageComponents.h - a message number with typed parameters.
  *
  * The number and parameters of a catalog message without the catalog: its

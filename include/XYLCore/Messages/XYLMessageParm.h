@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessageParm.h - one typed parameter of a catalog message.
  *
  * A parameter holds a type tag (XYLMsgParm) and one value. It renders in two

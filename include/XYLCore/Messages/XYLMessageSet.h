@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessageSet.h - an ordered list of owned messages, the payload of
  * XYLException.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLMessageString.h - messages that carry no catalog number: a ready text,
  * a runtime-library error number, an operating-system error code.
  *

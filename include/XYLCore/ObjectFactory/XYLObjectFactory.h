@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLObjectFactory.h - objects made by class identifier through registered
  * creator functions, with a pool of released objects per class.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLPluginException.h - failures of plug-in loading.
  *
  * An XYLException (severity Error unless given) with the same constructors.

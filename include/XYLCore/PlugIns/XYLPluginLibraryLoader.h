@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLPluginLibraryLoader.h - loading and unloading plug-in libraries.
  *
  * load() opens a shared library by path and returns its handle; unload()

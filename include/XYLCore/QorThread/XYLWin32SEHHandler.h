@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLWin32SEHHandler.h - the fault handler: hardware faults (access
  * violation, division by zero, stack overflow, ...) become XYLWin32SEHError,
  * or a crash report and dump followed by an immediate exit.
@@ -69,7 +69,8 @@
  *   XYL_DUMP_DIR      directory of the log and dump (default: the working
  *                     directory at that moment);
  *   XYL_DUMP_WRITER   path of XYLWriteDump (default: next to libXYLCore,
- *                     then ../bin/ from the library's directory).
+ *                     then ../bin/ from the library's directory; a static
+ *                     build then tries the installed library directory).
  *   Dump type 2 (or any type with bit 0x2) is a full-memory dump: every
  *   mapping the process wrote (file mappings that were only read, such as
  *   code and ICU's data, stay out; gdb reads them from the files); other
@@ -107,6 +108,7 @@ class XYL_API XYLWin32SEHHandler {
 public:
   enum Handler { HandlerNone = 0, HandlerDebugging = 1, HandlerTranslating = 2, HandlerDumpAndExit = 3 };
 
+  // The process-wide settings of the handler, as getSettings() reports them.
   struct Settings {
     int enabled;             // 1 when a valid mode was requested
     Handler handler;         // the active handler

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * qorthread.h - the portable thread layer: plain C functions over threads,
  * mutexes, semaphores, condition variables, events, read/write locks,
  * thread-local keys and a counted message queue.

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLResourceFile.h - message catalogs: binary ".bmf" files that map a
  * 32-bit message number to a UTF-8 text.
  *
@@ -35,6 +35,8 @@
  *     value of the environment variable XYL_MSG_PATH when it is set and not
  *     empty, otherwise the directory that holds the library's own shared
  *     object (the build and the installation put "xylpluginmsgs.bmf" there);
+ *     a static build (libXYLCore.a) also tries, last, the installed library
+ *     directory compiled in from the install prefix;
  *   - the locale is normalised (lower case, "_" becomes "-"); a null or empty
  *     locale means "en-us"; its language is the part before the first "-";
  *   - the first existing regular file among

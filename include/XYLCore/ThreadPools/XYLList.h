@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLList.h - the library's doubly linked list template.
  *
  * XYLList<T> is a circular doubly linked list around one sentinel node. The

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLSentinelQueue.h - a blocking FIFO of pointers, optionally bounded.
  *
  * This header defines XYLSentinelQueue, the queue under the thread pools: a

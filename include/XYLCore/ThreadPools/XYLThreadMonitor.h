@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadMonitor.h - a lock together with the data it guards.
  *
  * XYLThreadMonitor<Lock, Data> is an XYLThreadLockableResource whose lock(),

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadPool.h - the interface of the library's thread pools.
  *
  * A pool runs XYLThreadRunnable objects on worker threads (XYLThread objects)

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadPoolFixed.h - a pool that hands each task straight to an idle
  * worker.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadPoolQueued.h - a pool whose workers share one task queue.
  *
  * Contract (see XYLThreadPool.h for execute's common rules):

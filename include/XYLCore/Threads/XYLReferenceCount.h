@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLReferenceCount.h - a reference count shared between threads.
  *
  * Contract: as XYLThreadUnsafeReferenceCount, but addReference,

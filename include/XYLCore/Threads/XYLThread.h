@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThread.h - a thread of the library: runs a runnable, or its own run(),
  * on a thread of the thread layer.
  *

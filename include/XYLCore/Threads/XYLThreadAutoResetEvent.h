@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadAutoResetEvent.h - an event that lets one waiter through per
  * signal and then resets itself.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadConditionVariable.h - a condition variable used with an
  * XYLThreadMutex or an XYLThreadCriticalSection.
  *

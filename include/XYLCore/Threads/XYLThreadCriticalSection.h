@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadCriticalSection.h - the light exclusive lock: the thread layer's
  * critical-section kind.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadExecuteRunnable.h - the base of objects that execute runnables
  * (the thread pools).
  *

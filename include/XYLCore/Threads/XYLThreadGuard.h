@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadGuard.h - holds an exclusive lock for one scope.
  *
  * Contract: the constructor calls lock() on the resource and the destructor

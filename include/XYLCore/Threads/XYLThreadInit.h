@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadInit.h - the process initialiser of the thread layer.
  *
  * Contract: the constructor runs the layer's process initialisation

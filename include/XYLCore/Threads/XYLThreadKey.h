@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadKey.h - a thread-local slot: one void* per thread.
  *
  * Contract: every thread starts with null; setValue and getValue touch only

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadLockableResource.h - the library's exclusive-lock interface,
  * taken and released through XYLThreadGuard.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadManualResetEvent.h - an event that stays signalled until reset.
  *
  * Contract: made signalled or not as asked. signal() releases every waiter

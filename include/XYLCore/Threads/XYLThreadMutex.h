@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadMutex.h - an exclusive lock of the thread layer's mutex kind.
  *
  * Contract: recursive for its owner (each lock needs one unlock), with

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRWGuard.h - holds a read or a write lock for one scope.
  *
  * Contract: built with read non-zero the constructor calls readLock(), with

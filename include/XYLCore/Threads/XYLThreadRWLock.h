@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRWLock.h - the library's read/write lock.
  *
  * Contract: many readers or one writer; writers are preferred (a new reader

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRWLockableResource.h - the library's read/write lock interface,
  * taken and released through XYLThreadRWGuard.
  *

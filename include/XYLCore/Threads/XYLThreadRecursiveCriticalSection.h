@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRecursiveCriticalSection.h - an XYLThreadCriticalSection made
  * recursive = 1.
  *

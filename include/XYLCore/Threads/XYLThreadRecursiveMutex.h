@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRecursiveMutex.h - an XYLThreadMutex made recursive = 1.
  *
  * Contract, throws, thread safety: those of XYLThreadMutex (the texts name

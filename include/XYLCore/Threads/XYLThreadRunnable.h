@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadRunnable.h - a unit of work that a thread or a pool runs.
  *
  * Contract: run() is called once per hand-over, on the thread that runs the

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadSemaphore.h - a counting semaphore.
  *
  * Contract: wait() takes one unit, blocking while the count is 0; tryWait()

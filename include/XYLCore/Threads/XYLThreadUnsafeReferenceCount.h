@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadUnsafeReferenceCount.h - a reference count without a lock, for
  * objects that stay on one thread.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLByteBuffer.h - the library's growable, always NUL-terminated byte buffer.
  *
  * XYLByteBuffer is a string builder (stream-style operator<<, printf) and a

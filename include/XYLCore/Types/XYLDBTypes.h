@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLDBTypes.h - names and translations of the three families of column type
  * codes used by the data-access layers.
  *

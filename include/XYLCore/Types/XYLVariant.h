@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLVariant.h - a tagged value holding one of five scalar kinds.
  *
  * A variant holds nothing (type 0), a signed or unsigned 32-bit integer, a

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLSquisher.h - the squisher for C++ callers.
  *
  * Static wrappers over xylsquish.h that allocate their results with operator

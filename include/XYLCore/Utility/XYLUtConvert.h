@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtConvert.h - allocation-free integer-to-text writers.
  *
  * Each writer appends at buffer[position] and advances position; it writes

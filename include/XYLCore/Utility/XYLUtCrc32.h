@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtCrc32.h - CRC-32 (reflected polynomial 0xEDB88320), compatible with
  * zlib's crc32.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtGetOpt.h - a scanner for single-letter command-line options.
  *
  * Options are letters after a "-"; several may share one argument ("-ab").

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtMemory.h - the C-heap seam of the library.
  *
  * Every C-heap allocation the library makes on its own behalf (byte buffers,

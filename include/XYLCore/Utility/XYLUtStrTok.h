@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtStrTok.h - a re-entrant tokenizer over a constant text.
  *
  * A token is a maximal run of characters that are not delimiters; runs of

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtSystemInfo.h - the machine name, the process id and a local time stamp.
  *
  * Thread safety: all functions may be called from any thread.

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUtTimer.h - wall-clock and processor time of the current process.
  *
  * XYLTimeSnapShot records one instant: the wall-clock time (100-ns units

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * xylbase64.h - Base64 in the standard and in the URL-safe alphabet (C).
  *
  * Two families share one algorithm and differ only in the characters for the

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * xylsquish.h - the squisher: a NUL-terminated text as a compact, checksummed,
  * printable token, and back (C).
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * xyltimer.h - one process-wide timer for callers that want no object (C).
  *
  * The five functions drive a single static XYLUtTimer (see XYLUtTimer.h for

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLCustodian.h - the library's one background housekeeping thread.
  *
  * XYLCustodian is a process-wide singleton: xylCoreInitialize makes it and

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLCustodianTask.h - a unit of periodic housekeeping run by the custodian.
  *
  * Derive from XYLCustodianTask, implement doTask and register the object with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The members that every error class shares, stamped out by one macro so
 // that each class's name, clone and rethrow stay in step.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // posix_support.h - small POSIX helpers shared by the thread layer's Linux
 // backend: errno values to status codes, and deadlines for millisecond
 // time-outs on CLOCK_MONOTONIC.

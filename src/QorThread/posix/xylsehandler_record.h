@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // xylsehandler_record.h - the fault record: what the signal handler leaves
 // in a record reserved in advance (never on the signal stack, which may be
 // small) for the dump writer (tools/xyldumpwriter), which finds it

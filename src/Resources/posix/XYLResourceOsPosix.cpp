@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Linux implementation of the catalog lookup's OS services.
 #include "Resources/XYLResourceOs.h"
 

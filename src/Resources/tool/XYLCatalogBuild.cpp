@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Build-time catalog compiler: `xylcatalogbuild <source> <output.bmf>`.
 // Compiles the library's own catalogs without needing the library itself
 // (the same parser and writer as `xyl msgc`).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // C interface: collators and bidirectional text.
 #include "i18n_c_frame.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The C interface's frame: classification of the exception in flight.
 #include "i18n_c_frame.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private to the C interface: the one frame every wrapper runs in, and the
 // mapping between handles and the objects behind them.
 //

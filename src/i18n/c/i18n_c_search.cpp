@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // C interface, string family: search, offsets, order, iterators; the code
 // unit buffers and the code point tests.
 #include "i18n_c_frame.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // C interface, string family: creation, byte output, size and editing.
 #include "i18n_c_frame.h"
 

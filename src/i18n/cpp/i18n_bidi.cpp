@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NBidi: logical to visual order through ICU's paragraph resolution.
 //
 // The text is kept as a zero-terminated UTF-16 copy because ICU's paragraph

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NCollator: a thin owner of an ICU collator.
 //
 // Levels travel as 0..3 and are stored in ICU's strength attribute, where

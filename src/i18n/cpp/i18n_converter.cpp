@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code page converters: I18NConverter over one ICU converter (opening,
 // cloning, modes, conversions and the name tests). The library's ICU
 // callbacks live in i18n_converter_callbacks.cpp, the pools in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The I18NString forms of the converter and the locale-dependent name
 // lookup (kept apart from i18n_converter.cpp so the converter core does not
 // depend on the string class).

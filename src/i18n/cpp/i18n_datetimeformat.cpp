@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NDateTimeFormat: ICU's SimpleDateFormat over a Gregorian calendar.
 #include "i18n/cpp/i18n_format_support.h"
 

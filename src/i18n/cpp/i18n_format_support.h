@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private to the number and date-time formats: the failures they raise, the
 // text conversions they share and the copy of their ICU state.
 //

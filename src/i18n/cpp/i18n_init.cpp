@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Start and stop of the internationalisation layer: the counter, the
 // prototypes, the shared object maps and the default locale name.
 #include "i18n/cpp/i18n_internal.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private to the internationalisation layer: the process-wide state shared by
 // the converters, the start-up and the locales.
 #ifndef XYLCORE_SRC_I18N_CPP_I18N_INTERNAL_H

@@ -1,10 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // The installation root, the resource file path, and the tables read from
 // the resource files. OS services come from posix/ (included at the end).
 #include "ExceptionHierarchy/XYLStdMemory_internal.h"
 #include "i18n/cpp/i18n_os.h"
 #include "i18n/cpp/i18n_resourcetables.h"
 #include "i18n/cpp/i18n_testpeer.h"
-
 #include <XYLCore/FileManagement/XYLFmDir.h>
 #include <XYLCore/Utility/XYLUtMemory.h>
 #include <XYLCore/i18n/cpp/i18n_converter.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NIntervalFormat: durations as text, in digits or with unit words.
 #include <XYLCore/ExceptionHierarchy/Errors/I18NRuntimeError.h>
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

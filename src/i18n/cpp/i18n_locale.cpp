@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NLocale and its cache of shared, immutable xI18NLocale entries.
 #include "i18n/cpp/i18n_internal.h"
 #include "i18n/cpp/i18n_resourcetables.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NNumericFormat: ICU's DecimalFormat with the OLAP format strings and
 // an optional zero section on top.
 #include "i18n/cpp/i18n_format_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OLAP-style number format strings turned into ICU decimal patterns.
 #include "i18n/cpp/i18n_olapformat.h"
 

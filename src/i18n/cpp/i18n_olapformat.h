@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private to the internationalisation layer: OLAP-style number format
 // strings (sections positive;negative;zero, '0' '#' '?' placeholders,
 // grouping and scaling commas, percent, scientific, quoted literals,

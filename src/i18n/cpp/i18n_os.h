@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the few operating-system services the internationalisation layer
 // needs. One implementation per OS (posix/i18n_os_posix.inc).
 #ifndef XYLCORE_SRC_I18N_CPP_I18N_OS_H
@@ -15,8 +16,15 @@ inline bool isSeparator(char c) { return c == '/'; }
 const char *getEnvironment(const char *name);
 
 // The full file name of the library's own shared object; false when it
-// cannot be found.
+// cannot be found. In a static build, whose code lives in the host program,
+// a file in the installed data directory when the host's directory holds no
+// resource file (i18n_res.xml).
 bool getLibraryFileName(std::string &fileName);
+
+// The installed library directory of a static build, where its catalogs,
+// resource files and dump writer lie (a static library's own file is the
+// host's, which need not hold them); null in a shared build.
+const char *getStaticDataDirectory();
 
 // Whether `path` is a regular file this process may read.
 bool isReadableRegularFile(const char *path);

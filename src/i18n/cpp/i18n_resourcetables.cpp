@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tables of the internal resources: built-in defaults, the reader of the
 // resource file (libxml2) and the per-locale companion files.
 #include "i18n/cpp/i18n_resourcetables.h"

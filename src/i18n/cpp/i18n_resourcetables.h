@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: the tables behind I18NInternalResources, built from the built-in
 // defaults and then from the resource file, and the reader of the per-locale
 // companion files.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: construction, memory, the two modes and conversion from bytes.
 // Assignment is in i18n_string_assign.cpp, comparison, queries and edits in
 // i18n_string_edit.cpp, the rest in the other i18n_string_*.cpp files. Every

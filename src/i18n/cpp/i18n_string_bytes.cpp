@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: byte output (c_str with its cache, toBytes), the stream
 // operators and I18NUriDecode.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: external buffers (UTF-16 living in a caller's buffer), the
 // external-buffer free functions and the code point classes.
 //

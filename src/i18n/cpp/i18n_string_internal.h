@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // i18n_string_internal.h - private helpers shared by the I18NString sources:
 // the raise helpers (which keep every raise site in i18n_string.cpp, so that
 // traces name "i18n/cpp/i18n_string"), the ASCII scanning and copying

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: SQL LIKE patterns compiled to ICU regular expressions.
 //
 // Translation. Every regular-expression metacharacter of the pattern is

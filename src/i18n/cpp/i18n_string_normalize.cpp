@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString::normalize: the quick check, the non-normalisable code points
 // of the internal resources and the Japanese compatibility step.
 //

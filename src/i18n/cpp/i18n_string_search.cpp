@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NString: the four search families (find, rfind, findFirstOf /
 // findLastOf, findFirstNotOf / findLastNotOf).
 //

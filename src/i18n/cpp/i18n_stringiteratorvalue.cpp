@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // I18NStringIterator and I18NStringIteratorValue: walking a string by code
 // points, and a reference to the code point at one offset.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

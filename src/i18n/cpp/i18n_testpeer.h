@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Private: lets the unit tests reach state that the installed API keeps to
 // itself (run the root lookup again, pretend the library lives elsewhere,
 // measure a converter's terminator logic). Not installed.

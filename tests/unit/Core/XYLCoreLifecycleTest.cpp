@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The counted start and stop of the library.
 #include <XYLCore/Core/xylcore.h>
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>
 #include <XYLCore/Messages/XYLMessage.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLFmDir's file-system and temporary-file operations on real directories.
 #include <XYLCore/FileManagement/XYLFmDir.h>
 

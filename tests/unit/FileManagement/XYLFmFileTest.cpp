@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/FileManagement/XYLFmFile.h>
 #include <XYLCore/FileManagement/XYLFmFile64.h>
 

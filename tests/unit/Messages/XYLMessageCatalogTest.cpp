@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Catalog messages localised through ICU, the fallback to XML, and the
 // renderings of exceptions that carry messages.
 #include <XYLCore/ExceptionHierarchy/XYLErrors.h>

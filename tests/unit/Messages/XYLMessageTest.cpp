@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The XML and text renderings of messages, parameters and sets, without
 // catalogs.
 #include <XYLCore/Messages/XYLMessage.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Threads from start to release: exit status and exit code, suspended start,
 // suspend and continue, states, demise and state traps, cancellation,
 // priorities, foreign and detached threads, and the thread trace statements.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Synchronisation objects under real concurrency: mutex ownership across
 // threads, abandoned and auto-unlock mutexes, condition-variable wake-ups,
 // read/write-lock writer preference, events, the message queue and keys.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The thread layer's contract on one thread: status names, attribute lists,
 // argument checks, allocation failures, trace statements, and the counting
 // and time-out behaviour of each object kind.

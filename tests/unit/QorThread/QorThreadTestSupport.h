@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Helpers shared by the thread layer's tests: layer set-up, a trace
 // collector, a watchdog for calls that must not block, and a polling wait on
 // an observable condition (never a sleep for ordering).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code built WITHOUT -fnon-call-exceptions, on purpose: the fault in
 // readWithCleanup lies outside every call site of its cleanup table, so the
 // runtime cannot throw through it and calls std::terminate. The fault

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fault handler: XYL_HWE_ABORT, the exception table, the signal
 // mapping, the debugging banner, and real faults in child processes.
 //

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Faulting code shared by the fault handler's tests.
 #ifndef XYLCORE_TESTS_UNIT_QORTHREAD_XYLSEHANDLERTESTCODE_H
 #define XYLCORE_TESTS_UNIT_QORTHREAD_XYLSEHANDLERTESTCODE_H

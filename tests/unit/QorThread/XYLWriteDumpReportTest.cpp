@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The dump writer's texts: the stack report (also the message of
 // XYLWin32SEHError) and the register dump, from a record made up here.
 #include "dumpwriter_report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The monitor forwards to the lock it embeds, whichever kind that is; the
 // binder's data is the monitor's.
 #include <XYLCore/ThreadPools/XYLThreadMonitor.h>

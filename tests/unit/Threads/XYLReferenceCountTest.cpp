@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Both reference counts: counting, cleanup once per drop to 0, and the lock
 // that XYLReferenceCount holds around cleanup.
 #include <XYLCore/Threads/XYLReferenceCount.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLThreadKey, XYLThreadInit, and what every constructor throws when the
 // layer runs out of memory or of objects.
 #include <XYLCore/Threads/XYLReferenceCount.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exclusive locks, the read/write lock and their guards.
 #include <XYLCore/Threads/XYLThreadCriticalSection.h>
 #include <XYLCore/Threads/XYLThreadGuard.h>

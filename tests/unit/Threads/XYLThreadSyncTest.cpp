@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Semaphores, both events and the condition variable.
 #include <XYLCore/Threads/XYLThreadAutoResetEvent.h>
 #include <XYLCore/Threads/XYLThreadConditionVariable.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XYLThread: start, join, isAlive, the at-exit routine and the statics.
 #include <XYLCore/Threads/XYLThread.h>
 

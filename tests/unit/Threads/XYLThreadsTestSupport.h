@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Helpers shared by the Threads tests: checking a thrown XYL error in full,
 // and a one-shot gate built on the standard library (so the classes under
 // test never order their own test).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every row of the three name tables and three translation tables, typed
 // from the published tables in string form, so that a wrong enumerator, name
 // or target in the library shows up as a mismatch of texts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replaces every global operator new and delete of the test process with
 // malloc and free plus a countdown. Replacing the whole family keeps
 // allocation and release paired under AddressSanitizer.

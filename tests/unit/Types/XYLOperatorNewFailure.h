@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only: makes the Nth global operator new of the process fail, for the
 // code paths of the Types area that allocate with new rather than through
 // XYLUtMemory. The replacement operators live in XYLOperatorNewFailure.cpp and

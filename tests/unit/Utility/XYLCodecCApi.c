@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Compiled as C: the codec headers must be plain C, and a C caller releases
  * the state's block itself with free(). */
 #include <XYLCore/Utility/xylbase64.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // A deliberately simple, bit-at-a-time Base64 used by the codec tests as an
 // independent reference: it shares no table or code with the library.
 #ifndef XYLCORE_TESTS_UNIT_UTILITY_XYLCODECTESTSUPPORT_H

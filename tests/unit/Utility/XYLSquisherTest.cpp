@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Utility/XYLSquisher.h>
 #include <XYLCore/Utility/XYLUtMemory.h>
 #include <XYLCore/Utility/xylbase64.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Compiled as C: the process-wide timer's header must be plain C, and a C
  * caller must be able to drive the timer as documented. */
 #include <XYLCore/Utility/xyltimer.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <XYLCore/Utility/XYLUtTimer.h>
 
 #include <gtest/gtest.h>

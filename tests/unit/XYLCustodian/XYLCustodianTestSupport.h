@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Test-only helpers of the custodian tests: the befriended access class and
 // two tasks.
 #ifndef XYLCORE_TESTS_UNIT_XYLCUSTODIAN_XYLCUSTODIANTESTSUPPORT_H

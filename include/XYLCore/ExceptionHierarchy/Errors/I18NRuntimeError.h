@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * I18NRuntimeError.h - faults in the internationalisation classes (code: an I18NErrorCodes value).
  *
  * Derives from XYLRuntimeError; built with a numeric or a text code and a message

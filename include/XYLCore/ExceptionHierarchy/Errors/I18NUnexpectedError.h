@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * I18NUnexpectedError.h - unexpected failures in the internationalisation classes.
  *
  * Derives from XYLUnexpectedError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLAssertError.h - failed assertions; the message is the assertion's source text.
  *
  * Derives from XYLRuntimeError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLError.h - all errors: programming faults and system failures; severity Fatal.
  *
  * Derives from XYLThrowable; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLIllegalArgumentError.h - a bad argument.
  *
  * Derives from XYLRuntimeError; built with a numeric or a text code and a message

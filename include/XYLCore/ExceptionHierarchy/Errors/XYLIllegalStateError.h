@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLIllegalStateError.h - an operation in the wrong state.
  *
  * Derives from XYLRuntimeError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLIndexOutOfBoundsError.h - an index beyond a bound.
  *
  * Derives from XYLRuntimeError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLOutOfMemoryError.h - allocation failure.
  *
  * Derives from XYLSystemError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLRuntimeError.h - faults of the caller.
  *
  * Derives from XYLError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLStdExceptionError.h - a standard-library exception caught by the library.
  *
  * Made from a std::exception it is an XYLUnexpectedError with code 0 and the

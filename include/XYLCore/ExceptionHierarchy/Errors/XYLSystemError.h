@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLSystemError.h - failures of the operating system.
  *
  * Derives from XYLUnexpectedError; built with a numeric or a text code and a message

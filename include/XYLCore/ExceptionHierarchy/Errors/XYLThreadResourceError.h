@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLThreadResourceError.h - failures of the thread primitives.
  *
  * Carries an XYLThreadErrorCode: the object kind that ran out (when the

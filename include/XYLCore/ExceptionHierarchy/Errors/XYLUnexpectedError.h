@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUnexpectedError.h - failures that no caller could prevent.
  *
  * Derives from XYLError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUnknownError.h - an unidentified failure.
  *
  * Derives from XYLUnexpectedError; built with a numeric or a text code and a message

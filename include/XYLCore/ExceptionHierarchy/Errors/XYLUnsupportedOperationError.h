@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLUnsupportedOperationError.h - an operation the platform does not offer.
  *
  * Derives from XYLSystemError; built with a numeric or a text code and a message

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * XYLWin32SEHError.h - hardware faults (access violation, division by zero) turned into exceptions.
  *
  * Derives from XYLSystemError; built with a numeric or a text code and a message

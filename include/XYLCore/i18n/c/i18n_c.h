@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_c.h - the flat C interface of the internationalisation layer.
  *
  * Every function wraps one operation of the internationalisation classes

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_bidi.h - I18NBidi, the visual order of a bidirectional text.
  *
  * setText takes a string in logical (memory) order and lets ICU resolve its

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_collator.h - I18NCollator, locale-sensitive string comparison over
  * an ICU collator.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_converter.h - code page converters: bytes in a named encoding to and
  * from UTF-16, with a choice of what happens to unconvertible sequences.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_datetimeformat.h - I18NDateTimeFormat, a locale's date and time
  * format over ICU's SimpleDateFormat (Gregorian calendar).
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_init.h - start and stop of the internationalisation layer.
  *
  * I18NInitialize counts nested calls; the first finds the installation

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_internalresources.h - the installation root, the resource file and
  * the tables the internationalisation classes read from it.
  *
@@ -6,7 +6,9 @@
  * directory (QOR_EXEC_PATH; else QOR_ROOT joined with "./bin"; else the
  * directory of the library's own file; else, when that leaves nothing,
  * "../bin" if "../configuration/qorstartup.xml" is a readable file, or the
- * first line of "./qorroot.link" joined with "./bin"), points ICU's data
+ * first line of "./qorroot.link" joined with "./bin"; a static build whose
+ * host directory holds no i18n_res.xml takes the installed library directory
+ * compiled in from the install prefix instead), points ICU's data
  * directory at it ("." when none was found), makes UTF-8 ICU's default
  * converter and sets the resource file path: the binary directory joined
  * with "./i18n_res.xml". The internationalisation start-up (I18NInitialize)

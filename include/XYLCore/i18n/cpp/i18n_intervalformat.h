@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_intervalformat.h - I18NIntervalFormat, a duration rendered as text for
  * a locale: a year-month interval (years, months) or a day-time interval
  * (days, hours, minutes, seconds, milliseconds), in a short or a long style.

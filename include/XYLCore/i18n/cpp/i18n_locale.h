@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_locale.h - I18NLocale, the light handle by which the formatters,
  * collators and case operations name a locale.
  *

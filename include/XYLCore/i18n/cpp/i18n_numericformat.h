@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_numericformat.h - I18NNumericFormat, a locale's number format over
  * ICU's decimal formatter.
  *

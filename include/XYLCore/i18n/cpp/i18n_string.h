@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_string.h - I18NString, the library's Unicode string, with an ASCII
  * fast path.
  *

@@ -1,4 +1,4 @@
-/*
+/* SPDX-License-Identifier: Apache-2.0
  * i18n_types.h - the small vocabulary shared by the internationalisation
  * classes and their C wrappers: error codes, the buffer allocator callback
  * and the offset type.

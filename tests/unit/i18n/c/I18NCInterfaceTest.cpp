@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The C interface where C++ makes the test easier: every allocation of a
 // call failing in turn (no leak, no escaping exception, a failure code and
 // a null result each time), and the locale name buffers.

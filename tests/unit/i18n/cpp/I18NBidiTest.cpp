@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_bidi.cpp: run reordering without mirroring or
 // control removal, text replacement, allocation failure, and the visual
 // order of Unicode's bidi conformance data.

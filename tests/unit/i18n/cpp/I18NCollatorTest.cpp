@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_collator.cpp: locale tailorings and levels,
 // the empty-string rules, normalisation of the string forms, copies, the
 // documented errors, and agreement with ICU's own sort keys on random text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Proves that a pooled converter taken and returned, and a conversion into
 // a caller's buffer, allocate nothing in the steady state: malloc, calloc
 // and realloc are counted for the whole process (the library included).

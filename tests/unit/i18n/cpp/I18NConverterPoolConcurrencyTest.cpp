@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Concurrency tests of the converter pools and the locale cache (run under
 // ThreadSanitizer too): many threads borrowing, converting and returning;
 // termination emptying the per-thread slots of live threads; concurrent

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_converter.cpp: opening by name, the name tests,
 // size arithmetic, conversions in every form, the unconvertible-sequence
 // modes in both directions, cloning and the pools.

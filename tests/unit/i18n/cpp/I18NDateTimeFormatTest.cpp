@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_datetimeformat.cpp: default pattern, epoch and
 // calendar-field formatting in several zones, pattern validation, names.
 #include "I18NTestSupport.h"

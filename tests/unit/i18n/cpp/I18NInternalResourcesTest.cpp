@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_internalresources.cpp and i18n_resourcetables.cpp:
 // the installation-root lookup, the resource file path, and the tables
 // read from present, missing, partial and malformed resource files.

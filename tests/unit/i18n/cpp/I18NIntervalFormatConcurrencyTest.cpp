@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One I18NIntervalFormat shared by several threads: its const format must
 // give every thread the same text (the unit words are shared strings whose
 // lazy forms are filled on first use).

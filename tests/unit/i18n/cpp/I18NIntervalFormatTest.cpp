@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_intervalformat.cpp: both styles, the show flags,
 // the day-time types, the separator template, plural words cross-checked
 // against ICU's own unit names, copies and allocation failures.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A helper process for the Japanese compatibility tests: normalises the code
 // points given as hexadecimal arguments under this process's locale settings
 // and prints three lines: the platform default encoding, the text after

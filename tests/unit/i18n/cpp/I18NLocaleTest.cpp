@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_init.cpp and i18n_locale.cpp: counted start-up,
 // the default locale name, the locale cache and parsing, and the locale's
 // operations; also the converter's I18NString forms.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_numericformat.cpp and i18n_olapformat.cpp:
 // locale defaults, exact integer and digit-buffer formatting, the OLAP
 // format strings (conversion and output in two locales), named formats,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A helper process for the platform-default tests: prints the platform
 // default encoding and its normalised name as this process's locale
 // settings give them (each test starts it with its own environment).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Construction from UTF-8 bytes across the lengths at which the ASCII
 // check-and-copy changes its stride (8, 16, 64 and 256 bytes), with the first
 // non-ASCII character at the edges of those strides, plainly and through a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_string_bytes.cpp and i18n_string_external.cpp:
 // c_str and its cache, toBytes in every form, invalid input and unpaired
 // surrogates under the converter modes, URI decoding, external buffers and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Concurrent const operations on one string: the lazy creation of the
 // Unicode form and of cached byte forms must be serialised by the stripe
 // locks, so every thread sees the same answers and ThreadSanitizer sees no

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_stringiteratorvalue.cpp: walking by code
 // points, writing through an iterator value, and the documented assertions.
 #include "I18NStringTestSupport.h"

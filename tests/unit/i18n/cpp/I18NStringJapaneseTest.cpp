@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Japanese compatibility step of I18NString::normalize, end to end: the
 // platform encoding comes from the locale settings and is worked out once per
 // process, so each case runs a probe process with its own environment. The

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_string_like.cpp: SQL LIKE patterns. Fixed cases
 // pin the translation (metacharacters, escapes, empty patterns); a
 // reference matcher written here checks random patterns against random

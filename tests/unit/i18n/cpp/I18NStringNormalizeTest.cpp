@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_string_normalize.cpp: the whole of Unicode's
 // NormalizationTest.txt, the flags, and code points the resources declare
 // non-normalisable.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_string_search.cpp: the four search families and
 // their shared rules. Every case runs on the string as built (ASCII mode for
 // ASCII text) and again on a copy forced into Unicode mode, so that the byte

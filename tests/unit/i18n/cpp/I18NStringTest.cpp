@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of src/i18n/cpp/i18n_string.cpp: construction and the ASCII fast
 // path, the allocator contract, queries, offsets and modification.
 #include "I18NStringTestSupport.h"

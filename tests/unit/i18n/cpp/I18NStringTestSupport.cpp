@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "I18NStringTestSupport.h"
 
 #include <XYLCore/Utility/XYLUtMemory.h>

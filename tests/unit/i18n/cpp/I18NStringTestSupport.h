@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Helpers shared by the I18NString tests: building strings from UTF-8 and
 // UTF-16 literals, reading them back, and counting ICU's heap allocations.
 #ifndef XYLCORE_TESTS_UNIT_I18N_CPP_I18NSTRINGTESTSUPPORT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // Helpers shared by the i18n unit tests: UTF-8 <-> UTF-16 through ICU
 // (independent of the code under test), I18NString in and out of UTF-8, the
 // code of a raised I18NRuntimeError, a fixture that keeps the layer
