@@ -73,7 +73,7 @@ cmake --build "$work/cmake" >"$work/build.log"
 run cmake/cpp_host "$work/cmake/cpp_host"
 run cmake/c_host "$work/cmake/c_host"
 
-# pkg-config, with only ICU's .pc files besides ours: zlib, libdeflate and
+# pkg-config, with only ICU's .pc files besides ours: zlib, ISA-L and
 # libxml2 are the library's own business.
 mkdir "$work/pc"
 for icu in icu-uc icu-i18n; do
