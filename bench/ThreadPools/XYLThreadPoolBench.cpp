@@ -160,7 +160,7 @@ void BM_XylThreadPoolFixed_HandOff(benchmark::State &state) {
     state.SetIterationTime(std::chrono::duration<double>(task.m_started - start).count());
   }
 }
-BENCHMARK(BM_XylThreadPoolFixed_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_XylThreadPoolFixed_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(2000);
 
 void BM_XylThreadPoolQueued_HandOff(benchmark::State &state) {
   StampTask task;
@@ -172,7 +172,7 @@ void BM_XylThreadPoolQueued_HandOff(benchmark::State &state) {
     state.SetIterationTime(std::chrono::duration<double>(task.m_started - start).count());
   }
 }
-BENCHMARK(BM_XylThreadPoolQueued_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_XylThreadPoolQueued_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(2000);
 
 void BM_StdCv_HandOff(benchmark::State &state) {
   StampTask task;
@@ -184,6 +184,6 @@ void BM_StdCv_HandOff(benchmark::State &state) {
     state.SetIterationTime(std::chrono::duration<double>(task.m_started - start).count());
   }
 }
-BENCHMARK(BM_StdCv_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_StdCv_HandOff)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(2000);
 
 } // namespace
