@@ -1405,8 +1405,17 @@ int rwWriteLock(QorRWLockRec_ *rw, unsigned int ms) {
 int rwSlowReadLock(QorRWLockRec_ *rw, unsigned int ms, bool keepCountOnError) {
   unsigned long long start = ms == QORTHREAD_INFINITE ? 0 : qor_os::monotonicMs();
   RWGuardLock guard(rw);
-  // Writers are preferred: a reader also waits while a writer waits.
-  while ((rw->state.load(std::memory_order_acquire) & kRWLockWriter) != 0 || rw->waitingWriters > 0) {
+  for (;;) {
+    // Writers are preferred: a reader also waits while a writer waits. A
+    // writer may take a free lock without the guard, so the reader enters
+    // by a compare-and-swap that fails if one has.
+    unsigned int state = rw->state.load(std::memory_order_acquire);
+    if ((state & kRWLockWriter) == 0 && rw->waitingWriters == 0) {
+      if (rw->state.compare_exchange_weak(state, state + kRWLockReader, std::memory_order_acquire,
+                                          std::memory_order_relaxed))
+        return QORTHREAD_OK;
+      continue;
+    }
     ++rw->waitingReaders;
     rwUpdateSlowFlag(rw);
     int rc = conditionWait(rw, &rw->readers, remainingOf(ms, start));
@@ -1417,8 +1426,6 @@ int rwSlowReadLock(QorRWLockRec_ *rw, unsigned int ms, bool keepCountOnError) {
     if (rc != QORTHREAD_OK)
       return rc;
   }
-  rw->state.fetch_add(kRWLockReader, std::memory_order_acquire);
-  return QORTHREAD_OK;
 }
 
 } // namespace

@@ -24,8 +24,10 @@ void bang(unsigned int, const char *, char *bytes, int *length, I18NErrorCodes *
   *length = 1;
 }
 
+// What the converter answers for ICU's status. A result that fills a
+// caller's buffer exactly, without room for the terminator, is complete.
 I18NErrorCodes codeOf(UErrorCode status) {
-  if (status == U_BUFFER_OVERFLOW_ERROR || status == U_STRING_NOT_TERMINATED_WARNING)
+  if (status == U_BUFFER_OVERFLOW_ERROR)
     return I18N_BUFFER_TOO_SMALL;
   return U_FAILURE(status) ? I18N_GENERAL_FAILURE : I18N_SUCCESS;
 }
