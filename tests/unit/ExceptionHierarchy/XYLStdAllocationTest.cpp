@@ -40,8 +40,23 @@ void *operator new(std::size_t size) {
     return block;
   throw std::bad_alloc();
 }
+// The other forms share the same heap, so that every delete matches its new
+// (AddressSanitizer checks that it does).
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+  try {
+    return operator new(size);
+  } catch (std::bad_alloc &) {
+    return nullptr;
+  }
+}
+void *operator new[](std::size_t size) { return operator new(size); }
+void *operator new[](std::size_t size, const std::nothrow_t &tag) noexcept { return operator new(size, tag); }
 void operator delete(void *block) noexcept { std::free(block); }
 void operator delete(void *block, std::size_t) noexcept { std::free(block); }
+void operator delete(void *block, const std::nothrow_t &) noexcept { std::free(block); }
+void operator delete[](void *block) noexcept { std::free(block); }
+void operator delete[](void *block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void *block, const std::nothrow_t &) noexcept { std::free(block); }
 
 namespace {
 
