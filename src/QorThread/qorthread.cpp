@@ -1137,8 +1137,8 @@ namespace {
 
 // Waits on `cv` releasing `m` (held by the caller, either mutex kind). An
 // infinite wait cannot expire; a time-out reported for it would be an error.
-int conditionWait(QorConditionRec_ *cv, QorOsMutex *m, unsigned int ms) {
-  int rc = qor_os::condWait(&cv->os, m, ms);
+int conditionWait(QorOsCondition *cv, QorOsMutex *m, unsigned int ms) {
+  int rc = qor_os::condWait(cv, m, ms);
   return rc == QORTHREAD_TIMEOUT && ms == QORTHREAD_INFINITE ? QORTHREAD_ERROR : rc;
 }
 
@@ -1179,25 +1179,25 @@ int qorThreadConditionDestroy(QorCondition_ cv) {
 int qorThreadConditionWait(QorCondition_ cv, QorMutex_ m) {
   if (cv == nullptr || m == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionWait(cv, &m->os, QORTHREAD_INFINITE);
+  return conditionWait(&cv->os, &m->os, QORTHREAD_INFINITE);
 }
 
 int qorThreadConditionTimedWait(QorCondition_ cv, QorMutex_ m, unsigned int milliseconds) {
   if (cv == nullptr || m == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionWait(cv, &m->os, milliseconds);
+  return conditionWait(&cv->os, &m->os, milliseconds);
 }
 
 int qorThreadConditionWaitCS(QorCondition_ cv, QorMutex_ cs) {
   if (cv == nullptr || cs == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionWait(cv, &cs->os, QORTHREAD_INFINITE);
+  return conditionWait(&cv->os, &cs->os, QORTHREAD_INFINITE);
 }
 
 int qorThreadConditionTimedWaitCS(QorCondition_ cv, QorMutex_ cs, unsigned int milliseconds) {
   if (cv == nullptr || cs == nullptr)
     return QORTHREAD_BADPARM;
-  return conditionWait(cv, &cs->os, milliseconds);
+  return conditionWait(&cv->os, &cs->os, milliseconds);
 }
 
 int qorThreadConditionSignal(QorCondition_ cv) {
@@ -1286,12 +1286,6 @@ unsigned int remainingOf(unsigned int ms, unsigned long long start) {
     return QORTHREAD_INFINITE;
   unsigned long long elapsed = qor_os::monotonicMs() - start;
   return elapsed >= ms ? 0u : static_cast<unsigned int>(ms - elapsed);
-}
-
-class RWGuardLock;
-int conditionWait(QorRWLockRec_ *rw, QorOsCondition *cv, unsigned int ms) {
-  int rc = qor_os::condWait(cv, &rw->guard, ms);
-  return rc == QORTHREAD_TIMEOUT && ms == QORTHREAD_INFINITE ? QORTHREAD_ERROR : rc;
 }
 
 class RWGuardLock {
@@ -1391,7 +1385,7 @@ int rwWriteLock(QorRWLockRec_ *rw, unsigned int ms) {
   // in between.
   int rc = QORTHREAD_OK;
   while (rc == QORTHREAD_OK && !rwFastWriteLock(rw))
-    rc = conditionWait(rw, &rw->writers, remainingOf(ms, start));
+    rc = conditionWait(&rw->writers, &rw->guard, remainingOf(ms, start));
   --rw->waitingWriters;
   rwUpdateSlowFlag(rw);
   if (rc != QORTHREAD_OK)
@@ -1418,7 +1412,7 @@ int rwSlowReadLock(QorRWLockRec_ *rw, unsigned int ms, bool keepCountOnError) {
     }
     ++rw->waitingReaders;
     rwUpdateSlowFlag(rw);
-    int rc = conditionWait(rw, &rw->readers, remainingOf(ms, start));
+    int rc = conditionWait(&rw->readers, &rw->guard, remainingOf(ms, start));
     if (rc == QORTHREAD_ERROR && keepCountOnError)
       return rc;
     --rw->waitingReaders;
